@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Platform/Base/Export.h"
+
+namespace zqcore {
+
+/// Where things lie on disk. A sandboxed application's own directories are the system's; one that isn't
+/// sandboxed has a private tree of the same shape below Application Support. Which of the two is decided
+/// once, at the first use. Threads: any. Failure: a directory that the system doesn't know reads as the empty
+/// text or as absent; one that can't be made is told by one line on standard output, and its path is given
+/// all the same.
+class ZQ_EXPORT ZQPathFetcher final {
+  public:
+    ZQPathFetcher() = delete;
+
+    [[nodiscard]] static std::string bundleDirectory();
+    [[nodiscard]] static std::string sandboxDirectory();
+    [[nodiscard]] static std::string documentsDirectory();
+    [[nodiscard]] static std::string libraryDirectory();
+    [[nodiscard]] static std::string cachesDirectory();
+    [[nodiscard]] static std::string temporaryDirectory();
+    /// The application's settings file, always below the system's own Library directory. Worked out once.
+    [[nodiscard]] static std::string userDefaultsPlistFilePath();
+    /// The script directory in the home of the user who runs the process.
+    [[nodiscard]] static std::optional<std::string> applicationScriptsDirectory();
+    /// The script directory as the system gives it.
+    [[nodiscard]] static std::optional<std::string> originalApplicationScriptsDirectory();
+    [[nodiscard]] static std::optional<std::string> userName();
+    [[nodiscard]] static std::optional<std::string> scriptsDirectoryUserName();
+    [[nodiscard]] static std::string applicationSupportDirectory();
+    [[nodiscard]] static std::string downloadsDirectory();
+    [[nodiscard]] static std::string desktopDirectory();
+    // The library's own directories: worked out and made on disk at the first use, once.
+    [[nodiscard]] static std::string zqcoreDocumentsDirectory();
+    [[nodiscard]] static std::string zqcoreLogsDirectory();
+    [[nodiscard]] static std::string zqcoreCachesDirectory();
+
+    /// The user's name in a path of the form /Users/NAME/...; absent for every other path.
+    [[nodiscard]] static std::optional<std::string> parseUserName(std::optional<std::string_view> path);
+};
+
+}  // namespace zqcore

@@ -1,0 +1,63 @@
+# The words of this project. `make demo` and `make test` do everything, set-up included.
+.PHONY: help setup build demo test bench fuzz format lint asan tsan coverage install clean
+PRESET ?= dev
+JOBS ?= $(shell nproc)
+
+help:
+	@echo "make demo      build, then watch requests travel between real processes"
+	@echo "make test      build, then run every test"
+	@echo "make bench     side-by-side runs against peers; writes build/bench.txt"
+	@echo "make fuzz      each fuzz target for FUZZ_SECONDS (default 60)"
+	@echo "make asan|tsan the whole test suite under the sanitizers"
+	@echo "make coverage  line coverage of the test suite"
+	@echo "make format    lay all sources out by .clang-format"
+	@echo "make lint      floors, headers, formatting, clang-tidy"
+	@echo "make install   into PREFIX (default /usr/local)"
+
+setup:
+	@scripts/setup build
+
+build: setup
+	@cmake --preset $(PRESET) >build-$(PRESET).log 2>&1 || { cat build-$(PRESET).log; rm -f build-$(PRESET).log; exit 1; }
+	@rm -f build-$(PRESET).log
+	@cmake --build build/$(PRESET) -j $(JOBS)
+
+test: build
+	@ctest --test-dir build/$(PRESET) --output-on-failure -j $(JOBS)
+
+demo: build
+	@scripts/demo build/$(PRESET)
+
+asan tsan:
+	@$(MAKE) --no-print-directory test PRESET=$@
+
+coverage:
+	@$(MAKE) --no-print-directory test PRESET=coverage
+	@scripts/coverage build/coverage
+
+bench:
+	@scripts/setup build bench
+	@$(MAKE) --no-print-directory build PRESET=release
+	@scripts/bench build/release
+
+FUZZ_SECONDS ?= 60
+fuzz:
+	@scripts/setup build fuzz
+	@$(MAKE) --no-print-directory build PRESET=fuzz
+	@scripts/fuzz build/fuzz $(FUZZ_SECONDS)
+
+format:
+	@scripts/setup lint
+	@git ls-files '*.h' '*.cpp' | xargs clang-format -i
+
+lint:
+	@scripts/setup build lint
+	@scripts/lint
+
+PREFIX ?= /usr/local
+install:
+	@$(MAKE) --no-print-directory build PRESET=release
+	@cmake --install build/release --prefix $(PREFIX)
+
+clean:
+	@rm -rf build

@@ -1,0 +1,2 @@
+// Keeps the archive from being empty on toolchains that refuse one.
+namespace zqcore::testkit {}
