@@ -31,32 +31,40 @@ inline constexpr std::uint64_t kLevelAll = ~std::uint64_t{0};
 /// Set once the stored level has been restored; until then the level can't be judged.
 ZQ_EXPORT extern std::atomic<bool> ready;
 ZQ_EXPORT void initializeOnce();
-ZQ_EXPORT void write(std::string message, std::uint64_t level, std::uint64_t flag, bool asynchronous,
+ZQ_EXPORT void write(std::string_view message, std::uint64_t level, std::uint64_t flag, bool asynchronous,
+                     DDLog* ddlog, const std::source_location& where);
+/// The same for a text that may be taken over, which spares copying long ones.
+ZQ_EXPORT void write(std::string&& message, std::uint64_t level, std::uint64_t flag, bool asynchronous,
                      DDLog* ddlog, const std::source_location& where);
 
-/// Below the level a call costs two relaxed loads and builds nothing.
-[[nodiscard]] inline bool passes(std::uint64_t flag) {
+/// The current level, the stored one restored first.
+[[nodiscard]] inline std::uint64_t level() {
     if (!ready.load(std::memory_order_acquire)) [[unlikely]]
         initializeOnce();
-    return (ZQDefaultLogLevel.load(std::memory_order_relaxed) & flag) != 0;
+    return ZQDefaultLogLevel.load(std::memory_order_relaxed);
 }
 
 template <class T>
-concept Message = std::invocable<T&> || std::convertible_to<T, std::string>;
+concept Message = std::invocable<T&> || std::convertible_to<T, std::string_view>;
 
+/// A built text as std::string&&, any other as a view of it.
 template <Message T>
-[[nodiscard]] std::string text(T&& message) {
+[[nodiscard]] decltype(auto) text(T&& message) {
     if constexpr (std::invocable<T&>) {
         return std::string(message());
+    } else if constexpr (std::same_as<T, std::string>) {
+        return std::move(message);
     } else {
-        return std::string(std::forward<T>(message));
+        return std::string_view(message);
     }
 }
 
+/// Below the level a call costs two loads and builds nothing.
 template <Message T>
 void log(T&& message, std::uint64_t flag, DDLog* ddlog, const std::source_location& where) {
-    if (!passes(flag)) return;
-    write(text(std::forward<T>(message)), ZQDefaultLogLevel.load(std::memory_order_relaxed), flag,
+    const std::uint64_t current = level();
+    if ((current & flag) == 0) return;
+    write(text(std::forward<T>(message)), current, flag,
           ZQDefaultLogAsyncEnabled.load(std::memory_order_relaxed) != 0, ddlog, where);
 }
 
