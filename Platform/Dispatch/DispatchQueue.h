@@ -6,13 +6,10 @@
 #include <string_view>
 
 #include "Platform/Base/Export.h"
+#include "Platform/Dispatch/DispatchBlock.h"
 #include "Platform/Dispatch/DispatchTime.h"
 
 namespace zqcore::platform {
-
-/// A piece of work. It runs once. An exception that leaves it ends the process, as it would leave a thread,
-/// so that crash capture sees it.
-using DispatchBlock = std::move_only_function<void()>;
 
 /// Quality of service, in the platform's numbers. It is a hint; order and exclusion never depend on it.
 enum class DispatchQoS : unsigned {
@@ -28,7 +25,7 @@ enum class DispatchQoS : unsigned {
 /// or main (on the main thread, drained by the run loop). Time: delays by `Clock::current()`. Threads: every
 /// operation from any thread. Lifetime: held by `std::shared_ptr`; submitted work keeps its queue until it
 /// has run. Failure: none. `sync` onto the queue that is running waits for ever, as on the platform.
-class ZQ_EXPORT DispatchQueue {
+class ZQ_EXPORT DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   public:
     /// A new serial queue. An empty label is allowed.
     [[nodiscard]] static std::shared_ptr<DispatchQueue> serial(std::string label,
@@ -45,9 +42,9 @@ class ZQ_EXPORT DispatchQueue {
     /// Submits `block`; never runs it inside the call.
     virtual void async(DispatchBlock block) = 0;
     /// Submits `block` when `time` has come; a time in the past submits it at once.
-    virtual void after(DispatchTime time, DispatchBlock block);
-    /// Runs `block` in its turn on this queue and returns when it has ended. On an idle serial queue it runs
-    /// on the calling thread, with this queue's label.
+    void after(DispatchTime time, DispatchBlock block);
+    /// Runs `block` in its turn on this queue and returns when it has ended. It runs on the calling thread,
+    /// with this queue's label; the main queue's runs on the main thread.
     virtual void sync(const std::function<void()>& block) = 0;
 
     [[nodiscard]] virtual const std::string& label() const noexcept = 0;

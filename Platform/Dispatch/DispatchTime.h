@@ -17,10 +17,21 @@ struct DispatchTime {
 
     /// Now plus `delay`; a negative delay is a moment in the past, which is due at once.
     [[nodiscard]] static DispatchTime now(Clock::Duration delay = {}) noexcept {
-        return {Base::monotonic, Clock::current().now().sinceStart + delay};
+        return {Base::monotonic, sum(Clock::current().now().sinceStart, delay)};
     }
     [[nodiscard]] static DispatchTime wallNow(Clock::Duration delay = {}) noexcept {
-        return {Base::wall, Clock::current().wallNow().time_since_epoch() + delay};
+        return {Base::wall, sum(Clock::current().wallNow().time_since_epoch(), delay)};
+    }
+    /// The moment `delay` after this one.
+    [[nodiscard]] DispatchTime operator+(Clock::Duration delay) const noexcept {
+        return {base, sum(at, delay)};
+    }
+
+    /// `a + b`, held at the ends of the range instead of turning over: the far end is never reached.
+    [[nodiscard]] static constexpr Clock::Duration sum(Clock::Duration a, Clock::Duration b) noexcept {
+        Clock::Duration::rep result = 0;
+        if (!__builtin_add_overflow(a.count(), b.count(), &result)) return Clock::Duration(result);
+        return a.count() < 0 ? Clock::Duration::min() : Clock::Duration::max();
     }
 };
 

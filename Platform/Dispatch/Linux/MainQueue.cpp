@@ -1,0 +1,89 @@
+#include "Platform/Dispatch/Linux/MainQueue.h"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <utility>
+
+#include "Platform/Dispatch/Linux/CurrentQueue.h"
+#include "Platform/Dispatch/Linux/Futex.h"
+#include "Platform/Dispatch/Linux/WorkerPool.h"
+
+namespace zqcore::platform {
+
+MainQueue::MainQueue() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+const std::shared_ptr<DispatchQueue>& MainQueue::sharedPointer() {
+    // Never ended: threads may still submit while the process goes.
+    static const auto& queue = *new std::shared_ptr<DispatchQueue>(std::make_shared<MainQueue>());
+    return queue;
+}
+
+MainQueue& MainQueue::shared() {
+    static MainQueue& queue = static_cast<MainQueue&>(*sharedPointer());
+    return queue;
+}
+
+void MainQueue::setReadable() noexcept {
+    if (std::exchange(readable_, true)) return;
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = write(descriptor_, &one, sizeof one);
+}
+
+void MainQueue::async(DispatchBlock block) {
+    {
+        const std::lock_guard lock(mutex_);
+        incoming_.push_back(std::move(block));
+        setReadable();
+    }
+    if (WorkerPool::shared().observed()) WorkerPool::shared().pokeObservers();
+}
+
+void MainQueue::sync(const std::function<void()>& block) {
+    OneShotSignal done;
+    async([&] {
+        block();
+        done.signal();
+    });
+    const DispatchBlockingScope scope;
+    done.wait();
+}
+
+void MainQueue::wake() noexcept {
+    const std::lock_guard lock(mutex_);
+    setReadable();
+}
+
+bool MainQueue::hasWork() {
+    const std::lock_guard lock(mutex_);
+    return batchWaits_ || !incoming_.empty();
+}
+
+// No exception of a block may reach what the host has on its stack.
+bool MainQueue::drain() noexcept {
+    bool ran = false;
+    if (next_ == batch_.size()) {
+        batch_.clear();
+        next_ = 0;
+        const std::lock_guard lock(mutex_);
+        batch_.swap(incoming_);
+        batchWaits_ = !batch_.empty();
+    }
+    while (next_ < batch_.size()) {
+        ran = true;
+        // Out of the list: a nested loop may take the next batch into it.
+        DispatchBlock block = std::move(batch_[next_++]);
+        const CurrentQueueScope scope(this);
+        block();
+    }
+    const std::lock_guard lock(mutex_);
+    batchWaits_ = false;
+    if (incoming_.empty() && std::exchange(readable_, false)) {
+        std::uint64_t count = 0;
+        [[maybe_unused]] const ssize_t got = read(descriptor_, &count, sizeof count);
+    }
+    return ran;
+}
+
+}  // namespace zqcore::platform

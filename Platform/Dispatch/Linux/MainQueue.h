@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Platform/Dispatch/DispatchQueue.h"
+
+namespace zqcore::platform {
+
+/// The main queue: blocks wait here until the run loop drains them on the main thread. The descriptor is
+/// readable from the first waiting block until the last one has run, also while a block runs, so that a loop
+/// nested in it goes on with the rest.
+class MainQueue final : public DispatchQueue {
+  public:
+    static MainQueue& shared();
+    static const std::shared_ptr<DispatchQueue>& sharedPointer();
+
+    void async(DispatchBlock block) override;
+    void sync(const std::function<void()>& block) override;
+    [[nodiscard]] const std::string& label() const noexcept override { return label_; }
+    [[nodiscard]] DispatchQoS qos() const noexcept override { return DispatchQoS::userInteractive; }
+
+    /// Main thread: runs the blocks that wait now, not those they add. Gives whether any ran.
+    bool drain() noexcept;
+    /// Makes the descriptor readable once, without a block.
+    void wake() noexcept;
+    [[nodiscard]] bool hasWork();
+    [[nodiscard]] int fileDescriptor() const noexcept { return descriptor_; }
+
+    MainQueue();
+
+  private:
+    void setReadable() noexcept;
+
+    const std::string label_ = "com.apple.main-thread";
+    const int descriptor_;
+    std::mutex mutex_;
+    std::vector<DispatchBlock> incoming_;
+    bool readable_ = false;
+    bool batchWaits_ = false;
+
+    // The main thread's alone.
+    std::vector<DispatchBlock> batch_;
+    std::size_t next_ = 0;
+};
+
+}  // namespace zqcore::platform

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Dispatch/Linux/WorkerPool.h"
+
+namespace zqcore::platform {
+
+class OneShotSignal;
+
+/// A serial queue on the worker pool. Producers append to one list under a short lock; whoever owns the queue
+/// takes the whole list at once and runs it. The owner is a worker, or a thread inside `sync`: ownership
+/// passes on, so two blocks never run at once and no thread is tied to the queue.
+class SerialQueue final : public DispatchQueue, public Drainable {
+  public:
+    SerialQueue(std::string label, DispatchQoS qos) : label_(std::move(label)), qos_(qos) {}
+
+    void async(DispatchBlock block) override;
+    void sync(const std::function<void()>& block) override;
+    [[nodiscard]] const std::string& label() const noexcept override { return label_; }
+    [[nodiscard]] DispatchQoS qos() const noexcept override { return qos_; }
+
+    void drain(const std::shared_ptr<Drainable>& self) override;
+
+  private:
+    bool runBatch();
+    bool takeBatchOrGo();
+    bool ownNowOrWait();
+    void passOn();
+    void submitSelf();
+
+    const std::string label_;
+    const DispatchQoS qos_;
+
+    std::mutex mutex_;
+    std::vector<DispatchBlock> incoming_;
+    // Somebody owns the queue, or it is on its way to a worker.
+    bool owned_ = false;
+
+    // The owner's alone.
+    std::vector<DispatchBlock> batch_;
+    std::size_t next_ = 0;
+    // Set by the block that stands for a waiting `sync`: whom to give the queue to.
+    OneShotSignal* successor_ = nullptr;
+};
+
+}  // namespace zqcore::platform

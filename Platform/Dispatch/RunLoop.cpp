@@ -1,0 +1,169 @@
+#include "Platform/Dispatch/RunLoop.h"
+
+#include <fcntl.h>
+#include <sys/epoll.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <mutex>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "Platform/Dispatch/DispatchSourceTimer.h"
+#include "Platform/Dispatch/Linux/MainQueue.h"
+
+namespace zqcore::platform {
+
+namespace {
+
+constexpr std::uint64_t kMainQueueKey = 0;
+
+struct WatchState {
+    std::function<void(short)> handler;
+    std::atomic<bool> ended{false};
+};
+
+}  // namespace
+
+struct RunLoop::State {
+    const int epoll = epoll_create1(EPOLL_CLOEXEC);
+    std::mutex mutex;
+    std::unordered_map<std::uint64_t, std::shared_ptr<WatchState>> watches;
+    std::uint64_t lastKey = kMainQueueKey;
+    // The runs under way, the innermost last: whether each was told to stop.
+    std::vector<bool> stopped;
+
+    std::shared_ptr<WatchState> find(std::uint64_t key) {
+        const std::lock_guard lock(mutex);
+        const auto found = watches.find(key);
+        return found == watches.end() ? nullptr : found->second;
+    }
+    void enter() {
+        const std::lock_guard lock(mutex);
+        stopped.push_back(false);
+    }
+    bool leave() {
+        const std::lock_guard lock(mutex);
+        const bool told = stopped.back();
+        stopped.pop_back();
+        return told;
+    }
+    bool toldToStop() {
+        const std::lock_guard lock(mutex);
+        return stopped.back();
+    }
+    bool round(int timeout) noexcept;
+};
+
+namespace {
+
+class DescriptorWatch final : public RunLoop::Watch {
+  public:
+    DescriptorWatch(std::function<void()> end) : end_(std::move(end)) {}
+    ~DescriptorWatch() override { end_(); }
+
+  private:
+    std::function<void()> end_;
+};
+
+}  // namespace
+
+RunLoop::RunLoop() : state_(new State) {
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.u64 = kMainQueueKey;
+    epoll_ctl(state_->epoll, EPOLL_CTL_ADD, MainQueue::shared().fileDescriptor(), &event);
+}
+
+RunLoop& RunLoop::main() {
+    // Never ended: threads may still wake it while the process goes.
+    static RunLoop& loop = *new RunLoop;
+    return loop;
+}
+
+// Waits for something to do and does what is ready. No exception may reach what the host has on its stack.
+bool RunLoop::State::round(int timeout) noexcept {
+    std::array<epoll_event, 32> events{};
+    const int count = epoll_wait(epoll, events.data(), static_cast<int>(events.size()), timeout);
+    bool ran = false;
+    for (int i = 0; i < count; ++i) {
+        const epoll_event& event = events[static_cast<std::size_t>(i)];
+        if (event.data.u64 == kMainQueueKey) {
+            ran = MainQueue::shared().drain() || ran;
+        } else if (const auto watch = find(event.data.u64); watch && !watch->ended) {
+            // An earlier handler of this round may have ended the watch, so each is looked up anew.
+            watch->handler(static_cast<short>(event.events));
+            ran = true;
+        }
+    }
+    return ran;
+}
+
+void RunLoop::run() {
+    state_->enter();
+    while (!state_->toldToStop()) state_->round(-1);
+    state_->leave();
+}
+
+bool RunLoop::runUntil(const std::function<bool()>& done, Clock::Duration limit) {
+    const auto end = DispatchTime::now(limit);
+    // The limit arrives like other delayed work, so a stepped clock steps it too.
+    const auto alarm = DispatchSourceTimer::make(DispatchQueue::main());
+    alarm->schedule(end, Clock::Duration::max());
+    alarm->setEventHandler([] {});
+    alarm->resume();
+    state_->enter();
+    bool met = done();
+    while (!met && !state_->toldToStop() && DispatchTime::now().at < end.at) {
+        state_->round(-1);
+        met = done();
+    }
+    state_->leave();
+    return met;
+}
+
+void RunLoop::stop() {
+    {
+        const std::lock_guard lock(state_->mutex);
+        if (state_->stopped.empty()) return;
+        state_->stopped.back() = true;
+    }
+    MainQueue::shared().wake();
+}
+
+bool RunLoop::drain() { return state_->round(0); }
+
+int RunLoop::fileDescriptor() const noexcept { return state_->epoll; }
+
+std::unique_ptr<RunLoop::Watch> RunLoop::watch(int fd, short events, std::function<void(short)> handler) {
+    auto watch = std::make_shared<WatchState>();
+    watch->handler = std::move(handler);
+    State* state = state_;
+    std::uint64_t key = 0;
+    {
+        const std::lock_guard lock(state->mutex);
+        key = ++state->lastKey;
+        state->watches.emplace(key, watch);
+    }
+    epoll_event event{};
+    event.events = static_cast<std::uint16_t>(events);
+    event.data.u64 = key;
+    int copy = -1;
+    if (epoll_ctl(state->epoll, EPOLL_CTL_ADD, fd, &event) != 0 && errno == EEXIST) {
+        // epoll takes a descriptor once; a second watch goes by a copy.
+        copy = fcntl(fd, F_DUPFD_CLOEXEC, 0);
+        epoll_ctl(state->epoll, EPOLL_CTL_ADD, copy, &event);
+    }
+    return std::make_unique<DescriptorWatch>([state, key, watch, fd, copy] {
+        watch->ended = true;
+        epoll_ctl(state->epoll, EPOLL_CTL_DEL, copy >= 0 ? copy : fd, nullptr);
+        if (copy >= 0) close(copy);
+        const std::lock_guard lock(state->mutex);
+        state->watches.erase(key);
+    });
+}
+
+}  // namespace zqcore::platform
