@@ -1,5 +1,5 @@
 # The words of this project. `make demo` and `make test` do everything, set-up included.
-.PHONY: help setup build demo test bench fuzz format lint asan tsan coverage install clean
+.PHONY: help setup build demo test bench fuzz format lint asan tsan coverage install deb clean
 PRESET ?= dev
 JOBS ?= $(shell nproc)
 
@@ -18,8 +18,8 @@ setup:
 	@scripts/setup build
 
 build: setup
-	@cmake --preset $(PRESET) >build-$(PRESET).log 2>&1 || { cat build-$(PRESET).log; rm -f build-$(PRESET).log; exit 1; }
-	@rm -f build-$(PRESET).log
+	@mkdir -p build
+	@cmake --preset $(PRESET) >build/configure.log 2>&1 || { cat build/configure.log; exit 1; }
 	@cmake --build build/$(PRESET) -j $(JOBS)
 
 test: build
@@ -58,6 +58,10 @@ PREFIX ?= /usr/local
 install:
 	@$(MAKE) --no-print-directory build PRESET=release
 	@cmake --install build/release --prefix $(PREFIX)
+
+deb:
+	@$(MAKE) --no-print-directory build PRESET=release
+	@cd build/release && cpack -G DEB
 
 clean:
 	@rm -rf build

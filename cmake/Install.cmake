@@ -1,0 +1,32 @@
+# What an installation holds: two archives, the headers under one prefix, the resource bundle, a CMake package, a
+# pkg-config file, the programs, and what the desktop and the bus need to start the two demonstration servers.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS ZQCore ZQCoreTestKit EXPORT ZQCoreTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+
+# Headers that only one backend needs lie in Linux/ folders and stay here.
+install(DIRECTORY Platform Classes TestKit DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ZQCore
+    FILES_MATCHING PATTERN "*.h" PATTERN "Linux" EXCLUDE)
+install(DIRECTORY Assets/ DESTINATION ${CMAKE_INSTALL_DATADIR}/ZQCore/ZQCore.bundle USE_SOURCE_PERMISSIONS)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ZQCore)
+install(EXPORT ZQCoreTargets NAMESPACE ZQCore:: DESTINATION ${package_dir})
+configure_package_config_file(cmake/ZQCoreConfig.cmake.in ${CMAKE_BINARY_DIR}/ZQCoreConfig.cmake
+    INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/ZQCoreConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/ZQCoreConfig.cmake ${CMAKE_BINARY_DIR}/ZQCoreConfigVersion.cmake
+    DESTINATION ${package_dir})
+
+configure_file(cmake/zqcore.pc.in ${CMAKE_BINARY_DIR}/zqcore.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/zqcore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME zqcore)
+set(CPACK_PACKAGE_CONTACT "ZQCore maintainers <maintainers@zqcore.invalid>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Foundation library of a desktop translation application and its companion")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+include(CPack)
