@@ -41,6 +41,12 @@ class ZQ_EXPORT ZQPathFetcher final {
 
     /// The user's name in a path of the form /Users/NAME/...; absent for every other path.
     [[nodiscard]] static std::optional<std::string> parseUserName(std::optional<std::string_view> path);
+
+  private:
+    class ZQPathFetcherDifferentPath;
+    class Sandbox;
+    class Virtual;
+    static const ZQPathFetcherDifferentPath& fetcher();
 };
 
 }  // namespace zqcore
