@@ -1,0 +1,270 @@
+#include "Platform/Scripting/Linux/BusConnection.h"
+
+#include <poll.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <limits>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Scripting/Linux/BusErrors.h"
+
+namespace zqcore::platform {
+namespace {
+
+constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
+
+[[nodiscard]] short wantedEvents(sd_bus* bus) {
+    const int events = sd_bus_get_events(bus);
+    return events < 0 ? short{POLLIN} : static_cast<short>(events);
+}
+
+/// When sd-bus wants to run although nothing arrives: microseconds of CLOCK_MONOTONIC.
+[[nodiscard]] std::uint64_t wantedTime(sd_bus* bus) {
+    std::uint64_t until = kNever;
+    return sd_bus_get_timeout(bus, &until) < 0 ? kNever : until;
+}
+
+[[nodiscard]] int millisecondsUntil(std::uint64_t until) {
+    if (until == kNever) return -1;
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    const auto present =
+        static_cast<std::uint64_t>(now.tv_sec) * 1'000'000 + static_cast<std::uint64_t>(now.tv_nsec) / 1'000;
+    if (until <= present) return 0;
+    // Rounded up: a sleep that ends too early would only spin.
+    return static_cast<int>(std::min<std::uint64_t>((until - present + 999) / 1'000, 3'600'000));
+}
+
+void ring(const FileDescriptor& bell) {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const auto written = ::write(bell.get(), &one, sizeof one);
+}
+
+void silence(const FileDescriptor& bell) {
+    std::uint64_t count = 0;
+    [[maybe_unused]] const auto read = ::read(bell.get(), &count, sizeof count);
+}
+
+}  // namespace
+
+BusConnection::BusConnection(Owner& owner)
+    : owner_(owner),
+      poller_(::epoll_create1(EPOLL_CLOEXEC)),
+      threadWake_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      leaderWake_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.fd = threadWake_.get();
+    ::epoll_ctl(poller_.get(), EPOLL_CTL_ADD, threadWake_.get(), &event);
+}
+
+BusConnection::Access::Access(BusConnection& connection, Opening opening)
+    : connection_(connection), lock_(connection.mutex_) {
+    if (opening == Opening::ifNeeded) failure_ = connection_.ensureOpen();
+}
+
+BusConnection::Access::~Access() {
+    connection_.rouse();
+    connection_.deliver(lock_);
+}
+
+void BusConnection::Access::takeInArrived() {
+    if (!bus()) return;
+    connection_.processArrived();
+    if (!bus()) failure_ = connection_.ensureOpen();
+}
+
+int BusConnection::ensureOpen() {
+    if (bus_) return 0;
+    sd_bus* bus = nullptr;
+    const int failure = sd_bus_open_user_with_description(&bus, "zqcore");
+    if (failure < 0) return failure;
+    bus_.reset(bus);
+    startThread();
+    owner_.opened(bus);
+    return 0;
+}
+
+void BusConnection::startThread() {
+    if (std::exchange(threadStarted_, true)) return;
+    // The application's signals are for its own threads; a new thread inherits the mask.
+    sigset_t all;
+    sigset_t before;
+    ::sigfillset(&all);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGTRAP, SIGABRT, SIGSYS})
+        ::sigdelset(&all, fault);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before);
+    std::thread([this] { pump(); }).detach();
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+void BusConnection::pump() {
+    ::pthread_setname_np(::pthread_self(), "zqcore-bus");
+    Lock lock(mutex_);
+    for (;;) {
+        if (bus_ && !leading_) processArrived();
+        deliver(lock);
+        const bool mine = bus_ && !leading_;
+        watchBus(mine ? wantedEvents(bus_.get()) : short{0});
+        threadSleep_ = {.asleep = true, .until = mine ? wantedTime(bus_.get()) : kNever, .events = 0};
+        const int limit = millisecondsUntil(threadSleep_.until);
+        lock.unlock();
+        std::array<epoll_event, 2> events{};
+        ::epoll_wait(poller_.get(), events.data(), static_cast<int>(events.size()), limit);
+        silence(threadWake_);
+        lock.lock();
+        threadSleep_.asleep = false;
+    }
+}
+
+void BusConnection::watchBus(short events) {
+    if (events == watched_ || !bus_) return;
+    const int socket = sd_bus_get_fd(bus_.get());
+    epoll_event event{};
+    event.events = static_cast<std::uint32_t>(events);
+    event.data.fd = socket;
+    // Taken out rather than silenced: a hang-up is reported for whatever is in the set.
+    const int operation = events == 0 ? EPOLL_CTL_DEL : watched_ == 0 ? EPOLL_CTL_ADD : EPOLL_CTL_MOD;
+    ::epoll_ctl(poller_.get(), operation, socket, &event);
+    watched_ = events;
+}
+
+void BusConnection::processArrived() {
+    int progress = 0;
+    do {
+        progress = sd_bus_process(bus_.get(), nullptr);
+    } while (progress > 0);
+    if (progress < 0 || sd_bus_is_open(bus_.get()) <= 0) close(progress < 0 ? progress : -ECONNRESET);
+}
+
+void BusConnection::close(int reason) {
+    watchBus(0);
+    owner_.closing();
+    // sd-bus has answered its pending calls by now; whatever it forgot must not wait for ever.
+    for (Pending* pending : std::exchange(pending_, {})) {
+        pending->result = std::unexpected(scriptingErrorForErrno(reason, "the bus went away"));
+        pending->done = true;
+        pending->changed.notify_one();
+    }
+    bus_.reset();
+    defer([this] { owner_.lost(); });
+}
+
+int BusConnection::onAnswer(sd_bus_message* message, void* pointer, sd_bus_error*) {
+    auto& pending = *static_cast<Pending*>(pointer);
+    if (sd_bus_message_is_method_error(message, nullptr) > 0) {
+        const sd_bus_error* error = sd_bus_message_get_error(message);
+        // When the connection goes, sd-bus itself answers what is pending, as if the target kept silent.
+        if (sd_bus_is_open(sd_bus_message_get_bus(message)) <= 0) {
+            pending.result = std::unexpected(scriptingErrorForErrno(-ECONNRESET, "the bus went away"));
+        } else {
+            pending.result = std::unexpected(scriptingErrorForBusError(error->name ? error->name : "",
+                                                                       error->message ? error->message : ""));
+        }
+    } else if (const int failure = pending.read(message); failure < 0) {
+        pending.result = std::unexpected(scriptingErrorForErrno(failure, "the answer can't be read"));
+    }
+    pending.done = true;
+    pending.changed.notify_one();
+    return 1;
+}
+
+std::expected<void, NSError> BusConnection::call(const Build& build, const Read& read) {
+    Access access(*this);
+    if (access.failure() < 0) return std::unexpected(scriptingErrorForErrno(access.failure(), "no bus"));
+    Pending pending{.read = read};
+    SdSlotHandle slot;
+    {
+        sd_bus_message* raw = nullptr;
+        int failure = build(bus_.get(), &raw);
+        const SdMessageHandle message(raw);
+        if (failure < 0) return std::unexpected(scriptingErrorForErrno(failure, "the call can't be made"));
+        sd_bus_slot* rawSlot = nullptr;
+        failure = sd_bus_call_async(bus_.get(), &rawSlot, raw, &onAnswer, &pending, kCallLimit);
+        if (failure < 0) return std::unexpected(scriptingErrorForErrno(failure, "the call can't be sent"));
+        slot.reset(rawSlot);
+    }
+    pending_.push_back(&pending);
+    waitForAnswer(pending, access.lock_);
+    return std::move(pending.result);
+}
+
+void BusConnection::waitForAnswer(Pending& pending, Lock& lock) {
+    const DispatchBlockingScope blocking;
+    while (!pending.done) {
+        if (leading_) {
+            // Another caller reads the socket; it passes on when it has its own answer.
+            rouse();
+            waiting_.push_back(&pending);
+            pending.changed.wait(lock, [&] { return pending.done || !leading_; });
+            std::erase(waiting_, &pending);
+        } else {
+            lead(pending, lock);
+        }
+    }
+    std::erase(pending_, &pending);
+    if (!leading_ && !waiting_.empty()) waiting_.front()->changed.notify_one();
+}
+
+void BusConnection::lead(const Pending& pending, Lock& lock) {
+    leading_ = true;
+    watchBus(0);
+    while (!pending.done) {
+        processArrived();
+        deliver(lock);
+        if (!pending.done && bus_) sleepOnBus(lock);
+    }
+    leading_ = false;
+}
+
+void BusConnection::sleepOnBus(Lock& lock) {
+    leaderSleep_ = {.asleep = true, .until = wantedTime(bus_.get()), .events = wantedEvents(bus_.get())};
+    std::array<pollfd, 2> sources{
+        {{sd_bus_get_fd(bus_.get()), leaderSleep_.events, 0}, {leaderWake_.get(), POLLIN, 0}}};
+    const int limit = millisecondsUntil(leaderSleep_.until);
+    lock.unlock();
+    ::poll(sources.data(), sources.size(), limit);
+    if (sources[1].revents != 0) silence(leaderWake_);
+    lock.lock();
+    leaderSleep_.asleep = false;
+}
+
+void BusConnection::rouse() {
+    if (!bus_) return;
+    const short events = wantedEvents(bus_.get());
+    const std::uint64_t until = wantedTime(bus_.get());
+    if (leading_) {
+        const bool more = (events & ~leaderSleep_.events) != 0 || until < leaderSleep_.until;
+        if (leaderSleep_.asleep && more) ring(leaderWake_);
+        return;
+    }
+    // One of the waiting callers has been told to read from here on.
+    if (!waiting_.empty()) return;
+    watchBus(events);
+    if (threadSleep_.asleep && until < threadSleep_.until) ring(threadWake_);
+}
+
+void BusConnection::deliver(Lock& lock) {
+    // One thread at a time, so that the order of arrival is kept.
+    if (delivering_) return;
+    delivering_ = true;
+    while (!deferred_.empty()) {
+        auto batch = std::exchange(deferred_, {});
+        lock.unlock();
+        for (Work& work : batch) work();
+        batch.clear();
+        lock.lock();
+    }
+    delivering_ = false;
+}
+
+}  // namespace zqcore::platform

@@ -1,0 +1,127 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <expected>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+#include "Platform/Base/NSError.h"
+#include "Platform/Scripting/Linux/SdBusHandles.h"
+
+namespace zqcore::platform {
+
+/// How long a call waits for its answer. The other side answers after 60 seconds at the latest, so that
+/// answer always comes first. It is the bus's own monotonic time, in microseconds.
+inline constexpr std::uint64_t kCallLimit = std::chrono::microseconds(std::chrono::seconds(120)).count();
+
+/// The process's one connection to the session bus. sd-bus isn't thread-safe, nor are the counters of its
+/// messages, so one lock lies over all of it; foreign code never runs under that lock.
+/// Roads: a caller writes its message itself and, if nobody else does, reads the socket itself until its
+/// answer is there, so that an answer costs no hop through another thread. Otherwise a thread of the
+/// connection's own sleeps on the socket. An idle connection causes no wake-up.
+/// Threads: every operation from any, except from inside an sd-bus callback, which holds the lock already.
+/// Lifetime: it connects at first use, and again at the next use after the bus went; it is never destroyed
+/// while its thread lives, that is, never.
+/// Failure: the bus's error as a scripting error, at once where there is no bus.
+class BusConnection final {
+  public:
+    /// Who uses the connection: told of its beginnings and ends.
+    class Owner {
+      public:
+        virtual ~Owner() = default;
+        /// A new bus: export, subscribe, claim, all without waiting. Under the lock.
+        virtual void opened(sd_bus* bus) = 0;
+        /// The bus is going: drop every handle that belongs to it. Under the lock.
+        virtual void closing() = 0;
+        /// The bus was lost. Not under the lock.
+        virtual void lost() = 0;
+    };
+
+    using Work = std::move_only_function<void()>;
+    using Build = std::function<int(sd_bus*, sd_bus_message**)>;
+    using Read = std::function<int(sd_bus_message*)>;
+
+    explicit BusConnection(Owner& owner);
+    ~BusConnection() = delete;
+
+    /// The lock, and a bus under it. Its end sends the connection's thread to work if that is needed.
+    class Access final {
+      public:
+        enum class Opening { ifNeeded, never };
+        explicit Access(BusConnection& connection, Opening opening = Opening::ifNeeded);
+        ~Access();
+        Access(const Access&) = delete;
+        Access& operator=(const Access&) = delete;
+
+        /// Null pointer if there is none.
+        [[nodiscard]] sd_bus* bus() const noexcept { return connection_.bus_.get(); }
+        /// Zero, or the negative errno with which opening failed.
+        [[nodiscard]] int failure() const noexcept { return failure_; }
+        /// Takes in what has arrived, so that what is known of other processes is as fresh as can be.
+        void takeInArrived();
+
+      private:
+        friend class BusConnection;
+        BusConnection& connection_;
+        std::unique_lock<std::mutex> lock_;
+        int failure_ = 0;
+    };
+
+    /// Sends what `build` makes and waits for the answer, which `read` takes apart (under the lock, perhaps
+    /// on another thread, so it only copies).
+    [[nodiscard]] std::expected<void, NSError> call(const Build& build, const Read& read);
+
+    /// Puts work behind the lock: it runs soon, in order, one piece at a time, without the lock. Only under
+    /// the lock.
+    void defer(Work work) { deferred_.push_back(std::move(work)); }
+
+  private:
+    using Lock = std::unique_lock<std::mutex>;
+
+    struct Pending {
+        const Read& read;
+        bool done = false;
+        std::expected<void, NSError> result;
+        std::condition_variable changed{};
+    };
+    /// What a sleeping reader waits for.
+    struct Sleep {
+        bool asleep = false;
+        std::uint64_t until = 0;
+        short events = 0;
+    };
+
+    [[nodiscard]] int ensureOpen();
+    void startThread();
+    void pump();
+    void processArrived();
+    void close(int reason);
+    void lead(const Pending& pending, Lock& lock);
+    void waitForAnswer(Pending& pending, Lock& lock);
+    void sleepOnBus(Lock& lock);
+    void watchBus(short events);
+    void rouse();
+    void deliver(Lock& lock);
+    static int onAnswer(sd_bus_message* message, void* pending, sd_bus_error*);
+
+    Owner& owner_;
+    std::mutex mutex_;
+    SdBusHandle bus_;
+    FileDescriptor poller_;
+    FileDescriptor threadWake_;
+    FileDescriptor leaderWake_;
+    bool threadStarted_ = false;
+    bool leading_ = false;
+    bool delivering_ = false;
+    short watched_ = 0;
+    Sleep threadSleep_;
+    Sleep leaderSleep_;
+    std::vector<Pending*> pending_;
+    std::vector<Pending*> waiting_;
+    std::vector<Work> deferred_;
+};
+
+}  // namespace zqcore::platform

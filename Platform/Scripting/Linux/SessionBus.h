@@ -1,0 +1,98 @@
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/Scripting/Linux/BusConnection.h"
+#include "Platform/Scripting/Linux/Introspection.h"
+#include "Platform/Scripting/Linux/SdBusHandles.h"
+#include "Platform/Scripting/ScriptingBus.h"
+
+namespace zqcore::platform {
+
+/// Scripting over the D-Bus session bus. What it knows of other processes (who serves an identifier, which
+/// commands that process has) is kept fresh by a watch of the name, so that a request to a known target is
+/// one round trip and no more. Threads: any; its fields are under the connection's lock. Lifetime: the
+/// process's.
+class SessionBus final : public ScriptingBus, private BusConnection::Owner {
+  public:
+    SessionBus();
+
+    bool nameHasOwner(const std::string& identifier) override;
+    bool isActivatable(const std::string& identifier) override;
+    void start(const std::string& identifier) override;
+    bool knowsRequestCommand(const std::string& identifier) override;
+    std::expected<Answer, NSError> request(const std::string& identifier, std::string_view text) override;
+    ScriptingServeStatus serve(const std::string& identifier, CommandHandler handler) override;
+    void stopServing(const std::string& identifier) override;
+    bool broadcast(const NSDistributedNotification& notification) override;
+    std::shared_ptr<void> listen(const std::string& name, NotificationHandler handler) override;
+
+  private:
+    /// Another process that serves an identifier.
+    struct Peer {
+        SdSlotHandle watch;
+        /// The unique name of the process, empty while there is none.
+        std::string owner;
+        bool known = false;
+        std::optional<ScriptingCommands> commands;
+    };
+    /// An identifier that this process serves.
+    struct Served {
+        SessionBus& bus;
+        std::shared_ptr<const CommandHandler> handler;
+        SdSlotHandle object;
+    };
+    struct Listener {
+        SessionBus& bus;
+        std::string name;
+        NotificationHandler handler;
+        std::atomic<bool> ended{false};
+        SdSlotHandle match{};
+    };
+    class HeldCall;
+    /// What to do with a message once its sender is known to be of this user, or not.
+    using Judged = std::move_only_function<void(sd_bus_message*, bool admitted)>;
+    struct Sender {
+        SessionBus& bus;
+        std::string uniqueName;
+        std::vector<std::pair<SdMessageHandle, Judged>> waiting;
+    };
+
+    void opened(sd_bus* bus) override;
+    void closing() override;
+    void lost() override;
+
+    [[nodiscard]] std::expected<ScriptingCommands, NSError> commandsOf(const std::string& identifier);
+    [[nodiscard]] std::expected<std::string, NSError> callDaemon(const char* method, const char* argument);
+    void watch(sd_bus* bus, const std::string& identifier);
+    void openAgain(int attempt);
+    static int onOwnerChanged(sd_bus_message* message, void* peer, sd_bus_error*);
+
+    [[nodiscard]] int exportObject(sd_bus* bus, const std::string& identifier, Served& served);
+    void subscribe(sd_bus* bus, Listener& listener);
+    void stopListening(const std::shared_ptr<Listener>& listener);
+    void judge(sd_bus_message* message, Judged judged);
+    void judgeWaiting(Sender& sender, bool admitted);
+    void accept(sd_bus_message* message, std::shared_ptr<const CommandHandler> handler);
+    void reply(HeldCall& call, const Answer& answer);
+    void refuse(HeldCall& call, const std::string& why);
+    static int onCommand(sd_bus_message* message, void* served, sd_bus_error*);
+    static int onNotification(sd_bus_message* message, void* listener, sd_bus_error*);
+    static int onUserOfSender(sd_bus_message* message, void* sender, sd_bus_error*);
+
+    BusConnection& connection_;
+    std::map<std::string, Peer, std::less<>> peers_;
+    std::map<std::string, Served, std::less<>> served_;
+    std::vector<std::shared_ptr<Listener>> listeners_;
+    std::set<std::string, std::less<>> admitted_;
+    std::map<std::string, Sender, std::less<>> judging_;
+};
+
+}  // namespace zqcore::platform

@@ -1,0 +1,295 @@
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include "Platform/Scripting/Linux/BusErrors.h"
+#include "Platform/Scripting/Linux/BusValue.h"
+#include "Platform/Scripting/Linux/SealedText.h"
+#include "Platform/Scripting/Linux/SessionBus.h"
+
+// The serving half: commands that arrive and their answers, notifications, and who may send them.
+namespace zqcore::platform {
+namespace {
+
+constexpr const char* kNotificationPath = "/com/tessara/ZQCore/DistributedNotificationCenter";
+constexpr const char* kNotificationInterface = "com.tessara.ZQCore.DistributedNotificationCenter";
+constexpr const char* kNotificationMember = "Posted";
+
+// Never queue behind another owner: whether the name is ours is to be known at once.
+constexpr std::uint64_t kClaimFlags = 0x4;
+constexpr std::size_t kMostAdmitted = 1024;
+
+int ignoreAnswer(sd_bus_message*, void*, sd_bus_error*) { return 1; }
+
+[[nodiscard]] bool readNotification(sd_bus_message* message, NSDistributedNotification& notification) {
+    const char* name = nullptr;
+    if (sd_bus_message_read_basic(message, 's', &name) <= 0) return false;
+    notification.name = name;
+    if (sd_bus_message_enter_container(message, 'a', "v") < 0) return false;
+    if (sd_bus_message_at_end(message, 0) == 0 && readVariant(message, notification.object) < 0) return false;
+    if (sd_bus_message_exit_container(message) < 0) return false;
+    return readDictionary(message, notification.userInfo.emplace()) >= 0;
+}
+
+}  // namespace
+
+/// A call whose answer is still to come. Only the connection's lock makes its message safe to touch.
+class SessionBus::HeldCall final {
+  public:
+    HeldCall(SessionBus& bus, sd_bus_message* message, bool exchange)
+        : bus_(bus), message_(sd_bus_message_ref(message)), exchange_(exchange) {}
+    ~HeldCall() {
+        if (message_) bus_.reply(*this, std::nullopt);
+    }
+    HeldCall(const HeldCall&) = delete;
+    HeldCall& operator=(const HeldCall&) = delete;
+
+    [[nodiscard]] bool exchange() const noexcept { return exchange_; }
+    [[nodiscard]] SdMessageHandle take() noexcept { return std::move(message_); }
+
+  private:
+    SessionBus& bus_;
+    SdMessageHandle message_;
+    bool exchange_;
+};
+
+void SessionBus::opened(sd_bus* bus) {
+    for (auto& [identifier, served] : served_) {
+        if (exportObject(bus, identifier, served) < 0) continue;
+        sd_bus_request_name_async(bus, nullptr, identifier.c_str(), 0, &ignoreAnswer, nullptr);
+    }
+    for (const auto& listener : listeners_) subscribe(bus, *listener);
+}
+
+int SessionBus::exportObject(sd_bus* bus, const std::string& identifier, Served& served) {
+    static const std::array<sd_bus_vtable, 4> table{{
+        SD_BUS_VTABLE_START(0),
+        SD_BUS_METHOD_WITH_ARGS("request", SD_BUS_ARGS("s", text), SD_BUS_RESULT("s", answer),
+                                &SessionBus::onCommand, SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_METHOD_WITH_ARGS("exchange", SD_BUS_ARGS("v", text), SD_BUS_RESULT("v", answer),
+                                &SessionBus::onCommand, SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_VTABLE_END,
+    }};
+    sd_bus_slot* slot = nullptr;
+    const int made = sd_bus_add_object_vtable(bus, &slot, objectPathForIdentifier(identifier).c_str(),
+                                              kScriptingInterface, table.data(), &served);
+    served.object.reset(slot);
+    return made;
+}
+
+ScriptingServeStatus SessionBus::serve(const std::string& identifier, CommandHandler handler) {
+    if (!isSendableText(identifier) || identifier.starts_with(':') ||
+        sd_bus_service_name_is_valid(identifier.c_str()) <= 0)
+        return ScriptingServeStatus::invalidIdentifier;
+    auto shared = std::make_shared<const CommandHandler>(std::move(handler));
+    {
+        const BusConnection::Access access(connection_);
+        if (access.failure() < 0) return ScriptingServeStatus::noBus;
+        const auto [place, made] = served_.try_emplace(identifier, *this, nullptr, nullptr);
+        // Swapped, so that the handler that goes is destroyed without the lock.
+        std::swap(place->second.handler, shared);
+        if (!made && place->second.object) return ScriptingServeStatus::serving;
+        // The object first: a call may follow the name at once.
+        if (exportObject(access.bus(), identifier, place->second) < 0) {
+            served_.erase(place);
+            return ScriptingServeStatus::invalidIdentifier;
+        }
+    }
+    std::uint32_t claim = 0;
+    const auto done = connection_.call(
+        [&](sd_bus* bus, sd_bus_message** message) {
+            const int made =
+                sd_bus_message_new_method_call(bus, message, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                               "org.freedesktop.DBus", "RequestName");
+            return made < 0 ? made
+                            : sd_bus_message_append(*message, "su", identifier.c_str(),
+                                                    static_cast<std::uint32_t>(kClaimFlags));
+        },
+        [&](sd_bus_message* message) { return sd_bus_message_read(message, "u", &claim); });
+    // 1: owner now, 4: owner already (D-Bus specification, RequestName).
+    if (done && (claim == 1 || claim == 4)) return ScriptingServeStatus::serving;
+    const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
+    served_.erase(identifier);
+    return done ? ScriptingServeStatus::nameTaken : ScriptingServeStatus::noBus;
+}
+
+void SessionBus::stopServing(const std::string& identifier) {
+    // Foreign objects may end with the handler, so it outlives the lock.
+    std::shared_ptr<const CommandHandler> ended;
+    const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
+    const auto served = served_.find(identifier);
+    if (served == served_.end()) return;
+    ended = std::move(served->second.handler);
+    served_.erase(served);
+    if (!access.bus()) return;
+    sd_bus_release_name_async(access.bus(), nullptr, identifier.c_str(), &ignoreAnswer, nullptr);
+}
+
+int SessionBus::onCommand(sd_bus_message* message, void* pointer, sd_bus_error*) {
+    auto& served = *static_cast<Served*>(pointer);
+    served.bus.judge(message, [&bus = served.bus, handler = std::weak_ptr(served.handler)](
+                                  sd_bus_message* call, bool admitted) {
+        if (admitted) return bus.accept(call, handler.lock());
+        sd_bus_reply_method_errorf(call, SD_BUS_ERROR_ACCESS_DENIED,
+                                   "only processes of the same user may call");
+    });
+    return 1;
+}
+
+void SessionBus::accept(sd_bus_message* message, std::shared_ptr<const CommandHandler> handler) {
+    const bool exchange = sd_bus_message_has_signature(message, "v") > 0;
+    auto call = std::make_unique<HeldCall>(*this, message, exchange);
+    CarriedText carried;
+    const int read = takeCarriedText(message, carried);
+    if (read < 0) {
+        sd_bus_reply_method_errorf(message, SD_BUS_ERROR_INVALID_ARGS, "a text or a sealed file is wanted");
+        [[maybe_unused]] const auto done = call->take();
+        return;
+    }
+    connection_.defer(
+        [this, handler = std::move(handler), call = std::move(call), carried = std::move(carried)]() mutable {
+            if (carried.file) {
+                auto sealed = readSealedText(carried.file);
+                if (!sealed) return refuse(*call, sealed.error());
+                carried.text = *std::move(sealed);
+            }
+            if (!handler) return;
+            (*handler)(std::move(carried.text),
+                       [this, call = std::move(call)](Answer answer) { reply(*call, answer); });
+        });
+}
+
+void SessionBus::reply(HeldCall& call, const Answer& answer) {
+    // The large copy is made before the lock is taken.
+    const bool sendable = answer && isSendableText(*answer);
+    FileDescriptor file;
+    if (sendable && call.exchange() && answer->size() >= kSealedTextThreshold) file = makeSealedText(*answer);
+    const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
+    const SdMessageHandle message = call.take();
+    if (!message) return;
+    if (!sendable) {
+        sd_bus_reply_method_errorf(
+            message.get(), kNoResultErrorName,
+            answer ? "the result can't be sent" : "the command ended without a result");
+    } else if (file) {
+        sd_bus_reply_method_return(message.get(), "v", "h", file.get());
+    } else if (call.exchange()) {
+        sd_bus_reply_method_return(message.get(), "v", "s", answer->c_str());
+    } else {
+        sd_bus_reply_method_return(message.get(), "s", answer->c_str());
+    }
+}
+
+void SessionBus::refuse(HeldCall& call, const std::string& why) {
+    const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
+    const SdMessageHandle message = call.take();
+    sd_bus_reply_method_errorf(message.get(), SD_BUS_ERROR_INVALID_ARGS, "%s", why.c_str());
+}
+
+void SessionBus::judge(sd_bus_message* message, Judged judged) {
+    const char* sender = sd_bus_message_get_sender(message);
+    if (!sender) return judged(message, false);
+    if (admitted_.contains(std::string_view(sender))) return judged(message, true);
+    // Every later message of the sender waits behind this one, so its order is kept.
+    const auto [place, first] = judging_.try_emplace(sender, *this, sender);
+    place->second.waiting.emplace_back(sd_bus_message_ref(message), std::move(judged));
+    if (!first) return;
+    const int asked =
+        sd_bus_call_method_async(sd_bus_message_get_bus(message), nullptr, "org.freedesktop.DBus",
+                                 "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixUser",
+                                 &SessionBus::onUserOfSender, &place->second, "s", sender);
+    if (asked < 0) judgeWaiting(place->second, false);
+}
+
+int SessionBus::onUserOfSender(sd_bus_message* message, void* pointer, sd_bus_error*) {
+    auto& sender = *static_cast<Sender*>(pointer);
+    std::uint32_t user = 0;
+    const bool told =
+        sd_bus_message_is_method_error(message, nullptr) == 0 && sd_bus_message_read(message, "u", &user) > 0;
+    sender.bus.judgeWaiting(sender, told && user == ::geteuid());
+    return 1;
+}
+
+void SessionBus::judgeWaiting(Sender& sender, bool admitted) {
+    // A unique name is never given twice while the bus lives, so what is forgotten here is only asked again.
+    if (admitted_.size() >= kMostAdmitted) admitted_.clear();
+    if (admitted) admitted_.insert(sender.uniqueName);
+    auto waiting = std::exchange(sender.waiting, {});
+    judging_.erase(std::string(sender.uniqueName));
+    for (auto& [message, judged] : waiting) judged(message.get(), admitted);
+}
+
+bool SessionBus::broadcast(const NSDistributedNotification& notification) {
+    if (!isSendableText(notification.name)) return false;
+    const BusConnection::Access access(connection_);
+    if (access.failure() < 0) return false;
+    sd_bus_message* raw = nullptr;
+    int made = sd_bus_message_new_signal(access.bus(), &raw, kNotificationPath, kNotificationInterface,
+                                         kNotificationMember);
+    const SdMessageHandle message(raw);
+    const auto append = [&](auto&& step) {
+        if (made >= 0) made = step();
+    };
+    append([&] { return sd_bus_message_append_basic(raw, 's', notification.name.c_str()); });
+    // An array of none or one: the bus has no null.
+    append([&] { return sd_bus_message_open_container(raw, 'a', "v"); });
+    if (!notification.object.isNull()) append([&] { return appendVariant(raw, notification.object); });
+    append([&] { return sd_bus_message_close_container(raw); });
+    append([&] { return appendDictionary(raw, notification.userInfo.value_or(ValueDictionary())); });
+    append([&] { return sd_bus_send(access.bus(), raw, nullptr); });
+    return made >= 0;
+}
+
+std::shared_ptr<void> SessionBus::listen(const std::string& name, NotificationHandler handler) {
+    // The rule's text puts the name in quotes.
+    if (!isSendableText(name) || name.find('\'') != name.npos) return nullptr;
+    auto listener = std::make_shared<Listener>(*this, name, std::move(handler));
+    bool open = false;
+    {
+        const BusConnection::Access access(connection_);
+        listeners_.push_back(listener);
+        open = access.failure() == 0;
+        if (open) subscribe(access.bus(), *listener);
+    }
+    if (!open) openAgain(0);
+    return std::shared_ptr<void>(nullptr, [this, listener](std::nullptr_t) { stopListening(listener); });
+}
+
+void SessionBus::subscribe(sd_bus* bus, Listener& listener) {
+    if (listener.match) return;
+    const std::string rule = std::string("type='signal',interface='") + kNotificationInterface +
+                             "',member='" + kNotificationMember + "',arg0='" + listener.name + "'";
+    sd_bus_slot* slot = nullptr;
+    sd_bus_add_match_async(bus, &slot, rule.c_str(), &SessionBus::onNotification, &ignoreAnswer, &listener);
+    listener.match.reset(slot);
+}
+
+void SessionBus::stopListening(const std::shared_ptr<Listener>& listener) {
+    listener->ended.store(true, std::memory_order_relaxed);
+    const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
+    listener->match.reset();
+    std::erase(listeners_, listener);
+}
+
+int SessionBus::onNotification(sd_bus_message* message, void* pointer, sd_bus_error*) {
+    auto* raw = static_cast<Listener*>(pointer);
+    SessionBus& bus = raw->bus;
+    const auto found = std::ranges::find(bus.listeners_, raw, &std::shared_ptr<Listener>::get);
+    if (found == bus.listeners_.end()) return 0;
+    bus.judge(message, [&bus, weak = std::weak_ptr(*found)](sd_bus_message* signal, bool admitted) {
+        NSDistributedNotification notification;
+        if (admitted && readNotification(signal, notification)) {
+            bus.connection_.defer([weak, notification = std::move(notification)] {
+                const auto listener = weak.lock();
+                if (listener && !listener->ended.load(std::memory_order_relaxed))
+                    listener->handler(notification);
+            });
+        }
+    });
+    return 0;
+}
+
+}  // namespace zqcore::platform

@@ -1,0 +1,23 @@
+#include "Platform/Scripting/NSScriptSuiteRegistry.h"
+
+#include <utility>
+
+#include "Platform/Dispatch/DispatchQueue.h"
+
+namespace zqcore::platform {
+
+ScriptingServeStatus NSScriptSuiteRegistry::serve(const std::string& identifier, CommandFactory factory) {
+    auto shared = std::make_shared<const CommandFactory>(std::move(factory));
+    return ScriptingBus::current().serve(identifier, [shared](std::string text, ScriptingBus::Reply reply) {
+        DispatchQueue::main()->async([shared, text = std::move(text), reply = std::move(reply)]() mutable {
+            const auto command = (*shared)({"request:", Value(std::move(text))});
+            if (command) command->execute(std::move(reply));
+        });
+    });
+}
+
+void NSScriptSuiteRegistry::stopServing(const std::string& identifier) {
+    ScriptingBus::current().stopServing(identifier);
+}
+
+}  // namespace zqcore::platform

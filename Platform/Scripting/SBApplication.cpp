@@ -1,0 +1,47 @@
+#include "Platform/Scripting/SBApplication.h"
+
+#include <utility>
+
+#include "Platform/Scripting/ScriptingBus.h"
+
+namespace zqcore::platform {
+namespace {
+
+constexpr std::string_view kRequestSelector = "request:";
+
+}  // namespace
+
+std::shared_ptr<SBApplication> SBApplication::make(std::string bundleIdentifier) {
+    auto& bus = ScriptingBus::current();
+    if (!bus.nameHasOwner(bundleIdentifier) && !bus.isActivatable(bundleIdentifier)) return nullptr;
+    return std::shared_ptr<SBApplication>(new SBApplication(std::move(bundleIdentifier)));
+}
+
+SBApplication::SBApplication(std::string bundleIdentifier) : identifier_(std::move(bundleIdentifier)) {}
+
+std::shared_ptr<SBApplicationDelegate> SBApplication::delegate() const {
+    const std::lock_guard lock(mutex_);
+    return delegate_.lock();
+}
+
+void SBApplication::setDelegate(std::weak_ptr<SBApplicationDelegate> delegate) {
+    const std::lock_guard lock(mutex_);
+    delegate_ = std::move(delegate);
+}
+
+bool SBApplication::isRunning() const { return ScriptingBus::current().nameHasOwner(identifier_); }
+
+void SBApplication::activate() { ScriptingBus::current().start(identifier_); }
+
+bool SBApplication::respondsToSelector(std::string_view selector) const {
+    return selector == kRequestSelector && ScriptingBus::current().knowsRequestCommand(identifier_);
+}
+
+std::optional<std::string> SBApplication::request(std::string_view text) {
+    auto answer = ScriptingBus::current().request(identifier_, text);
+    if (answer) return *std::move(answer);
+    if (const auto heard = delegate()) heard->eventDidFail(kRequestSelector, answer.error());
+    return std::nullopt;
+}
+
+}  // namespace zqcore::platform
