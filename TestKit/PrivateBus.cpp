@@ -1,0 +1,131 @@
+#include "TestKit/PrivateBus.h"
+
+#include <signal.h>
+#include <stdlib.h>
+
+#include <charconv>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+#include <system_error>
+
+namespace zqcore::testkit {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kAddressVariable = "DBUS_SESSION_BUS_ADDRESS";
+
+[[nodiscard]] std::optional<std::string> variable(const char* name) {
+    const char* value = ::getenv(name);
+    return value ? std::optional<std::string>(value) : std::nullopt;
+}
+
+void restore(const std::string& name, const std::optional<std::string>& value) {
+    if (value) {
+        ::setenv(name.c_str(), value->c_str(), 1);
+    } else {
+        ::unsetenv(name.c_str());
+    }
+}
+
+/// A session's usual rules: everyone of the user may own, send and receive; limits as large as the
+/// protocol's.
+[[nodiscard]] std::string configuration(const fs::path& directory) {
+    return "<busconfig><type>session</type><keep_umask/>"
+           "<listen>unix:path=" +
+           (directory / "bus").string() + "</listen><auth>EXTERNAL</auth><servicedir>" +
+           (directory / "data/dbus-1/services").string() +
+           "</servicedir><policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
+           "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy>"
+           "<limit name=\"max_incoming_bytes\">1000000000</limit>"
+           "<limit name=\"max_outgoing_bytes\">1000000000</limit>"
+           "<limit name=\"max_message_size\">1000000000</limit>"
+           "<limit name=\"service_start_timeout\">30000</limit></busconfig>\n";
+}
+
+}  // namespace
+
+PrivateBus::PrivateBus() {
+    std::string pattern = (fs::temp_directory_path() / "zqcore-bus-XXXXXX").string();
+    if (!::mkdtemp(pattern.data())) return;
+    directory_ = pattern;
+    fs::create_directories(directory_ / "data/dbus-1/services");
+    fs::create_directories(directory_ / "data/applications");
+    fs::create_directories(directory_ / "home");
+    std::ofstream(directory_ / "bus.conf") << configuration(directory_);
+    address_ = "unix:path=" + (directory_ / "bus").string();
+    setVariable(kAddressVariable, address_);
+    setVariable("XDG_DATA_DIRS", (directory_ / "data").string());
+    setVariable("XDG_DATA_HOME", (directory_ / "home").string());
+    start();
+}
+
+PrivateBus::~PrivateBus() {
+    stop();
+    for (auto variable = variables_.rbegin(); variable != variables_.rend(); ++variable)
+        restore(variable->name, variable->before);
+    std::error_code ignored;
+    if (!directory_.empty()) fs::remove_all(directory_, ignored);
+}
+
+void PrivateBus::setVariable(const std::string& name, const std::string& value) {
+    variables_.push_back({name, variable(name.c_str())});
+    ::setenv(name.c_str(), value.c_str(), 1);
+}
+
+void PrivateBus::start() {
+    if (daemon_ || directory_.empty()) return;
+    std::error_code ignored;
+    fs::remove(directory_ / "bus", ignored);
+    // As root the daemon complains of a limit on its standard error; the folder keeps what it says.
+    auto daemon = std::make_unique<ChildProcess>(std::vector<std::string>{
+        "sh", "-c", "cd \"$0\" && exec dbus-daemon \"$@\" 2>>daemon.log", directory_.string(),
+        "--config-file=bus.conf", "--nofork", "--nopidfile", "--nosyslog", "--print-address=1"});
+    // The address is printed when the daemon listens.
+    if (daemon->readLine()) daemon_ = std::move(daemon);
+}
+
+void PrivateBus::stop() {
+    if (!daemon_) return;
+    // The daemon first: it can't start anything after that.
+    daemon_.reset();
+    endStartedProcesses();
+}
+
+void PrivateBus::addService(const std::string& name, const std::string& command) {
+    std::ofstream(directory_ / "data/dbus-1/services" / (name + ".service"))
+        << "[D-BUS Service]\nName=" << name << "\nExec=" << command << "\n";
+    if (!daemon_) return;
+    ChildProcess reload({"dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus",
+                         "/org/freedesktop/DBus", "org.freedesktop.DBus.ReloadConfig"});
+    reload.wait();
+}
+
+void PrivateBus::addDesktopEntry(const std::string& name, const std::string& command) {
+    std::ofstream(directory_ / "data/applications" / (name + ".desktop"))
+        << "[Desktop Entry]\nType=Application\nName=" << name << "\nExec=" << command << "\n";
+}
+
+void PrivateBus::endStartedProcesses() const {
+    // A process that the daemon started carries the daemon's address under this name.
+    const std::string mark = "DBUS_STARTER_ADDRESS=" + address_;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator("/proc", ignored)) {
+        const std::string name = entry.path().filename();
+        pid_t pid = 0;
+        const auto read = std::from_chars(name.data(), name.data() + name.size(), pid);
+        if (read.ec != std::errc() || read.ptr != name.data() + name.size()) continue;
+        std::ifstream file(entry.path() / "environ", std::ios::binary);
+        const std::string environment{std::istreambuf_iterator<char>(file), {}};
+        if (environment.find(mark) != std::string::npos) ::kill(pid, SIGKILL);
+    }
+}
+
+NoBus::NoBus() : before_(variable(kAddressVariable)) {
+    ::setenv(kAddressVariable, "unix:path=/nonexistent/bus", 1);
+}
+
+NoBus::~NoBus() { restore(kAddressVariable, before_); }
+
+}  // namespace zqcore::testkit

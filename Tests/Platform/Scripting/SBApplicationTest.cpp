@@ -1,0 +1,251 @@
+#include "Platform/Scripting/SBApplication.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Platform/Scripting/BusDirectory.h"
+#include "Platform/Scripting/NSScriptSuiteRegistry.h"
+#include "TestKit/PrivateBus.h"
+
+namespace zqcore::platform {
+namespace {
+
+using testkit::ChildProcess;
+using testkit::NoBus;
+using testkit::PrivateBus;
+
+constexpr const char* kTarget = "com.example.text-server";
+const std::string kTextServer = std::string(ZQ_TEST_PROGRAMS) + "/TextServer";
+
+struct FailureLog final : SBApplicationDelegate {
+    void eventDidFail(std::string_view event, const NSError& error) override {
+        EXPECT_EQ(event, "request:");
+        EXPECT_EQ(std::this_thread::get_id(), caller) << "inside the call, on its thread";
+        errors.push_back(error);
+    }
+    [[nodiscard]] long lastCode() const { return errors.empty() ? 0 : errors.back().code(); }
+
+    std::thread::id caller = std::this_thread::get_id();
+    std::vector<NSError> errors;
+};
+
+class SBApplicationTest : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_TRUE(bus.running()); }
+
+    /// Starts the server and waits until it serves.
+    std::unique_ptr<ChildProcess> startServer(const std::string& identifier = kTarget) {
+        auto server = std::make_unique<ChildProcess>(std::vector{kTextServer, identifier});
+        EXPECT_EQ(server->readLine(), "serving");
+        return server;
+    }
+    std::shared_ptr<SBApplication> application(const std::string& identifier = kTarget) {
+        auto made = SBApplication::make(identifier);
+        if (made) made->setDelegate(failures);
+        return made;
+    }
+
+    PrivateBus bus;
+    std::shared_ptr<FailureLog> failures = std::make_shared<FailureLog>();
+};
+
+TEST_F(SBApplicationTest, AnswersComeBackFromAnotherProcess) {
+    const auto server = startServer();
+    const auto app = application();
+    ASSERT_TRUE(app);
+    EXPECT_TRUE(app->isRunning());
+    EXPECT_TRUE(app->respondsToSelector("request:"));
+    EXPECT_FALSE(app->respondsToSelector("quit:"));
+    EXPECT_EQ(app->request("main?"), "main") << "commands run on the server's main thread";
+    EXPECT_EQ(app->request("pid?"), std::to_string(server->pid()));
+    EXPECT_EQ(app->request(""), "") << "an empty answer is an answer";
+    EXPECT_EQ(app->request("你好 🌍"), "你好 🌍");
+    EXPECT_EQ(app->request("thread"), "from a thread");
+    EXPECT_TRUE(failures->errors.empty());
+}
+
+TEST_F(SBApplicationTest, CommandsWithoutResultGiveNothingAndAreNoFailure) {
+    const auto server = startServer();
+    const auto app = application();
+    for (const char* text : {"nothing", "drop", "bad answer"})
+        EXPECT_EQ(app->request(text), std::nullopt) << text;
+    EXPECT_TRUE(failures->errors.empty());
+}
+
+TEST_F(SBApplicationTest, TextsOfEverySizePassBothWays) {
+    const auto server = startServer();
+    const auto app = application();
+    for (const std::size_t size : {std::size_t{1}, std::size_t{65535}, std::size_t{65536},
+                                   std::size_t{400'000}, std::size_t{20} << 20}) {
+        std::string text(size, 'a');
+        text.back() = 'z';
+        EXPECT_TRUE(app->request(text) == text) << size << " bytes there and back";
+        const auto grown = app->request("repeat " + std::to_string(size));
+        ASSERT_TRUE(grown) << size;
+        EXPECT_EQ(grown->size(), size) << "a short question with a long answer";
+    }
+    EXPECT_TRUE(failures->errors.empty());
+}
+
+TEST_F(SBApplicationTest, TextsThatCannotTravelAreRefusedHere) {
+    const auto server = startServer();
+    const auto app = application();
+    for (const auto& text :
+         {std::string("a\0b", 3), std::string("\xff"), std::string((100 << 20) + 1, 'a')}) {
+        EXPECT_EQ(app->request(text), std::nullopt);
+        EXPECT_EQ(failures->lastCode(), -1715);
+    }
+    EXPECT_EQ(app->request("still there"), "still there");
+}
+
+TEST_F(SBApplicationTest, UnknownIdentifiersMakeNoApplication) {
+    for (const char* identifier : {"", "com.example.nobody", "com.360.x", "plain", "com.example.a b", ":1.1"})
+        EXPECT_FALSE(SBApplication::make(identifier)) << identifier;
+}
+
+TEST_F(SBApplicationTest, BusStartsTheTarget) {
+    bus.addService(kTarget, kTextServer + " " + kTarget);
+    EXPECT_TRUE(isActivatable(kTarget));
+    const auto app = application();
+    ASSERT_TRUE(app);
+    EXPECT_FALSE(app->isRunning()) << "making the object starts nothing";
+    app->activate();
+    EXPECT_TRUE(app->respondsToSelector("request:"));
+    EXPECT_TRUE(app->isRunning());
+    EXPECT_EQ(app->request("hello"), "hello");
+    // The target dies and the next command starts it again.
+    const auto before = app->request("pid?");
+    EXPECT_EQ(app->request("die"), std::nullopt);
+    EXPECT_EQ(failures->lastCode(), -1712);
+    const auto after = app->request("pid?");
+    EXPECT_TRUE(after);
+    EXPECT_NE(after, before);
+}
+
+TEST_F(SBApplicationTest, FailedStartsFailTheEventNotTheQuestion) {
+    bus.addService("com.example.broken", "/bin/false");
+    const auto app = application("com.example.broken");
+    ASSERT_TRUE(app);
+    EXPECT_TRUE(app->respondsToSelector("request:")) << "it can't be told; the call will";
+    EXPECT_EQ(app->request("hello"), std::nullopt);
+    ASSERT_EQ(failures->errors.size(), 1U);
+    EXPECT_EQ(failures->lastCode(), -600);
+    EXPECT_NE(failures->errors[0].description().find("org.freedesktop.DBus.Error.Spawn.ChildExited"),
+              std::string::npos)
+        << failures->errors[0].description();
+}
+
+TEST_F(SBApplicationTest, TargetThatGoesIsSeenAtOnce) {
+    auto server = startServer();
+    const auto app = application();
+    EXPECT_EQ(app->request("hello"), "hello");
+    EXPECT_EQ(app->request("die"), std::nullopt);
+    EXPECT_EQ(failures->lastCode(), -1712) << "it died in mid-call";
+    EXPECT_EQ(server->wait(), 3);
+    EXPECT_FALSE(app->isRunning());
+    EXPECT_EQ(app->request("hello"), std::nullopt);
+    EXPECT_EQ(failures->lastCode(), -600);
+    server = startServer();
+    EXPECT_TRUE(app->isRunning());
+    EXPECT_EQ(app->request("hello"), "hello") << "a new process under the same name";
+}
+
+TEST_F(SBApplicationTest, HeldAnswersLetOthersPass) {
+    const auto server = startServer();
+    const auto app = application();
+    std::vector<std::thread> threads;
+    std::vector<std::string> answers(16);
+    for (auto& answer : answers)
+        threads.emplace_back([&answer, &app] { answer = app->request("hold").value_or("none"); });
+    // A held call can't be seen from here, so release until every one of them has come.
+    std::atomic<bool> done = false;
+    std::thread releaser([&] {
+        while (!done) EXPECT_EQ(app->request("release"), "released");
+    });
+    for (auto& thread : threads) thread.join();
+    done = true;
+    releaser.join();
+    EXPECT_EQ(std::ranges::count(answers, "late"), 16);
+}
+
+TEST_F(SBApplicationTest, ManyCallersShareTheConnection) {
+    const auto server = startServer();
+    const auto app = application();
+    std::vector<std::thread> threads;
+    std::atomic<int> right = 0;
+    for (int thread = 0; thread < 8; ++thread) {
+        threads.emplace_back([&, thread] {
+            for (int call = 0; call < 100; ++call) {
+                std::string text = std::to_string(thread) + "/" + std::to_string(call);
+                if (call % 25 == 0) text.append(200'000, '.');
+                if (app->request(text) == text) ++right;
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(right, 800);
+}
+
+TEST_F(SBApplicationTest, LostBusEndsPendingCallsAndTheNextUseConnectsAgain) {
+    auto server = startServer();
+    const auto app = application();
+    std::atomic<bool> asked = false;
+    std::optional<std::string> answer = "unset";
+    std::thread caller([&] {
+        failures->caller = std::this_thread::get_id();
+        EXPECT_EQ(app->request("before"), "before");
+        asked = true;
+        answer = app->request("hold");
+    });
+    while (!asked) std::this_thread::yield();
+    bus.stop();
+    caller.join();
+    EXPECT_EQ(answer, std::nullopt);
+    EXPECT_EQ(failures->lastCode(), -609);
+
+    failures->caller = std::this_thread::get_id();
+    EXPECT_FALSE(app->isRunning());
+    EXPECT_FALSE(SBApplication::make(kTarget)) << "no bus, and nothing installed";
+    EXPECT_EQ(app->request("hello"), std::nullopt);
+    EXPECT_EQ(failures->lastCode(), -609);
+
+    bus.start();
+    server->kill();
+    server = startServer();
+    EXPECT_EQ(app->request("again"), "again");
+}
+
+TEST_F(SBApplicationTest, ServerComesBackToANewBus) {
+    const auto server = startServer();
+    bus.stop();
+    bus.start();
+    // The server looks for the bus at growing intervals of real time; its claim is the event to wait for.
+    while (!nameHasOwner(kTarget)) std::this_thread::yield();
+    EXPECT_EQ(application()->request("pid?"), std::to_string(server->pid()));
+}
+
+TEST_F(SBApplicationTest, WithoutABusEverythingIsToldAtOnce) {
+    const NoBus none;
+    EXPECT_FALSE(nameHasOwner(kTarget));
+    EXPECT_FALSE(isActivatable(kTarget));
+    EXPECT_FALSE(SBApplication::make(kTarget));
+    EXPECT_EQ(NSScriptSuiteRegistry::serve(kTarget, nullptr), ScriptingServeStatus::noBus);
+    const auto answer = ScriptingBus::current().request(kTarget, "hello");
+    ASSERT_FALSE(answer);
+    EXPECT_EQ(answer.error().code(), -609);
+}
+
+TEST_F(SBApplicationTest, AnIdentifierIsServedByOneProcess) {
+    const auto server = startServer();
+    EXPECT_EQ(NSScriptSuiteRegistry::serve(kTarget, nullptr), ScriptingServeStatus::nameTaken);
+    EXPECT_EQ(NSScriptSuiteRegistry::serve("com.360.x", nullptr), ScriptingServeStatus::invalidIdentifier);
+    ChildProcess second({kTextServer, kTarget});
+    EXPECT_EQ(second.readLine(), "refused");
+}
+
+}  // namespace
+}  // namespace zqcore::platform
