@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "Platform/Lumberjack/Linux/LogQueue.h"
+#include "Platform/Lumberjack/LogQueue.h"
 
 namespace zqcore::platform {
 

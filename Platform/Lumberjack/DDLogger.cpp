@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Platform/Lumberjack/Linux/LogQueue.h"
+#include "Platform/Lumberjack/LogQueue.h"
 
 namespace zqcore::platform {
 

@@ -1,4 +1,4 @@
-#include "Platform/Lumberjack/Linux/LogQueue.h"
+#include "Platform/Lumberjack/LogQueue.h"
 
 #include <pthread.h>
 #include <sys/syscall.h>
@@ -11,8 +11,6 @@
 #include <utility>
 
 #include "Platform/Base/Clock.h"
-#include "Platform/Dispatch/Linux/CurrentQueue.h"
-#include "Platform/Dispatch/Linux/WorkerThread.h"
 #include "Platform/Lumberjack/DDLogger.h"
 
 namespace zqcore::platform {
@@ -24,6 +22,8 @@ constexpr std::size_t kBatch = 512;
 // The idle thread looks once more after this time before it sleeps, so that a stream of lines doesn't pay
 // for a wake-up each.
 constexpr timespec kLinger{0, 200'000};
+
+thread_local bool onQueue = false;
 
 int threadNumber() noexcept { return static_cast<int>(::syscall(SYS_gettid)); }
 
@@ -46,16 +46,14 @@ std::string_view logFileName(std::string_view path) noexcept {
 
 LogQueue& LogQueue::shared() {
     static LogQueue& queue = [] -> LogQueue& {
-        const auto& kept = *new std::shared_ptr<LogQueue>(new LogQueue, [](LogQueue*) {});
-        used.store(kept.get());
-        return *kept;
+        auto& made = *new LogQueue;
+        used.store(&made);
+        return made;
     }();
     return queue;
 }
 
-bool LogQueue::isCurrent() noexcept {
-    return CurrentQueueScope::current() && CurrentQueueScope::current() == used.load();
-}
+bool LogQueue::isCurrent() noexcept { return onQueue; }
 
 LogQueue::LogQueue() {
     // The outputs must be at rest in the child, and its copy of the thread doesn't exist.
@@ -66,7 +64,7 @@ LogQueue::LogQueue() {
 void LogQueue::log(bool asynchronous, LogOutputs* outputs, const LogCall& call, std::string_view text,
                    std::string* owned) {
     const Date time = Clock::current().wallNow();
-    if (!asynchronous && isCurrent()) return deliver(*outputs, call, text, time);
+    if (!asynchronous && onQueue) return deliver(*outputs, call, text, time);
     const std::size_t size = sizeof(LogRecord) + text.size();
     LogRecord* record;
     std::uint32_t reserved;
@@ -90,7 +88,7 @@ void LogQueue::log(bool asynchronous, LogOutputs* outputs, const LogCall& call, 
         wake();
         return;
     }
-    OneShotSignal done;
+    std::atomic<std::uint32_t> done{0};
     record->done = &done;
     LogRecords::complete(record, reserved);
     await(done);
@@ -109,28 +107,28 @@ LogRecord* LogQueue::fill(std::uint32_t size, LogOutputs* outputs, const LogCall
     return record;
 }
 
-void LogQueue::async(DispatchBlock block) {
-    putBlock(std::move(block), nullptr);
-    wake();
-}
-
-void LogQueue::sync(const std::function<void()>& block) {
-    if (isCurrent()) return block();
-    OneShotSignal done;
-    putBlock(DispatchBlock([&block] { block(); }), &done);
-    await(done);
-}
-
-void LogQueue::putBlock(DispatchBlock block, OneShotSignal* done) {
-    auto body = std::make_unique<DispatchBlock>(std::move(block));
+void LogQueue::async(Work work) {
+    auto body = std::make_unique<Work>(std::move(work));
     LogRecord* record = records_.reserve(sizeof(LogRecord));
     record->kind = LogRecord::Kind::work;
     record->body = body.release();
-    record->done = done;
     LogRecords::complete(record, sizeof(LogRecord));
+    wake();
 }
 
-void LogQueue::await(OneShotSignal& done) {
+void LogQueue::sync(Work work) {
+    if (onQueue) return work();
+    std::atomic<std::uint32_t> done{0};
+    auto body = std::make_unique<Work>(std::move(work));
+    LogRecord* record = records_.reserve(sizeof(LogRecord));
+    record->kind = LogRecord::Kind::work;
+    record->body = body.release();
+    record->done = &done;
+    LogRecords::complete(record, sizeof(LogRecord));
+    await(done);
+}
+
+void LogQueue::await(std::atomic<std::uint32_t>& done) {
     if (role_.try_lock()) {
         drain(&done, SIZE_MAX);
         role_.unlock();
@@ -143,7 +141,7 @@ void LogQueue::await(OneShotSignal& done) {
             drain(&done, SIZE_MAX);
         }
     }
-    done.wait();
+    done.wait(0);
 }
 
 // --- the thread -----------------------------------------------------------------------------------------
@@ -151,24 +149,36 @@ void LogQueue::await(OneShotSignal& done) {
 void LogQueue::wakeThread() {
     switch (sleep_.exchange(awake)) {
         case asleep:
-            futexWakeOne(sleep_);
+            sleep_.notify_one();
             break;
         case notStarted: {
-            // Signals of the process are for its other threads, faults for whoever makes them.
-            sigset_t mask;
-            sigset_t former;
-            sigfillset(&mask);
+            pthread_attr_t attributes;
+            ::pthread_attr_init(&attributes);
+            ::pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+            // Signals of the process are for its other threads.
+            sigset_t all;
+            sigset_t old;
+            sigfillset(&all);
             for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS})
-                sigdelset(&mask, fault);
-            ::pthread_sigmask(SIG_SETMASK, &mask, &former);
+                sigdelset(&all, fault);
+            ::pthread_sigmask(SIG_SETMASK, &all, &old);
+            pthread_t thread;
             // Without a thread the lines go out with the next synchronous call, or at exit.
-            if (!startWorkerThread(label_.c_str(), [this] { runThread(); })) sleep_.store(notStarted);
-            ::pthread_sigmask(SIG_SETMASK, &former, nullptr);
+            if (::pthread_create(&thread, &attributes, &LogQueue::threadMain, this) != 0)
+                sleep_.store(notStarted);
+            ::pthread_sigmask(SIG_SETMASK, &old, nullptr);
+            ::pthread_attr_destroy(&attributes);
             break;
         }
         default:
             break;
     }
+}
+
+void* LogQueue::threadMain(void* queue) {
+    ::pthread_setname_np(::pthread_self(), "cocoa.lumberjac");  // fifteen characters are all there is
+    static_cast<LogQueue*>(queue)->runThread();
+    return nullptr;
 }
 
 void LogQueue::runThread() {
@@ -186,7 +196,7 @@ void LogQueue::runThread() {
             if (records_.pending()) {
                 sleep_.store(awake);
             } else {
-                futexWait(sleep_, asleep);
+                sleep_.wait(asleep);
                 lingered = false;
             }
         }
@@ -195,29 +205,30 @@ void LogQueue::runThread() {
 
 // --- with the role of the drainer -----------------------------------------------------------------------
 
-void LogQueue::drain(const OneShotSignal* until, std::size_t limit) {
-    const CurrentQueueScope scope(this);
+void LogQueue::drain(const std::atomic<std::uint32_t>* until, std::size_t limit) noexcept {
+    onQueue = true;
     drainer_.store(threadNumber());
     std::size_t count = 0;
-    while (!until || !until->isSignalled()) {
+    while (!until || until->load(std::memory_order_acquire) == 0) {
         haltIfFrozen();
         LogRecord* record = records_.next();
         if (!record) break;
         handle(*record);
         if (++count == limit) break;
     }
-    flushOutputs(Retire::all);
+    flushOutputs();
     drainer_.store(0);
+    onQueue = false;
 }
 
 void LogQueue::handle(LogRecord& record) {
     if (record.kind == LogRecord::Kind::work) {
-        flushOutputs(Retire::earlier);
-        const std::unique_ptr<DispatchBlock> work(static_cast<DispatchBlock*>(record.body));
+        flushOutputs();
+        const std::unique_ptr<Work> work(static_cast<Work*>(record.body));
         record.body = nullptr;
         (*work)();
     } else {
-        if (written_ != record.outputs) flushOutputs(Retire::earlier);
+        if (written_ != record.outputs) flushOutputs();
         std::string_view text(record.text(), record.textSize);
         if (record.kind == LogRecord::Kind::longLine) {
             longTexts_.emplace_back(static_cast<std::string*>(record.body));
@@ -229,9 +240,10 @@ void LogQueue::handle(LogRecord& record) {
                  record.tag},
                 text, Date{std::chrono::nanoseconds(record.timestamp)});
     }
-    if (OneShotSignal* done = record.done) {
-        flushOutputs(Retire::all);
-        done->signal();
+    if (std::atomic<std::uint32_t>* done = record.done) {
+        flushOutputs();
+        done->store(1, std::memory_order_release);
+        done->notify_one();
     }
 }
 
@@ -257,7 +269,7 @@ void LogQueue::deliver(LogOutputs& outputs, const LogCall& call, std::string_vie
     }
 }
 
-void LogQueue::flushOutputs(Retire retire) noexcept {
+void LogQueue::flushOutputs() noexcept {
     if (LogOutputs* outputs = std::exchange(written_, nullptr)) {
         for (const auto& logger : outputs->loggers) {
             try {
@@ -267,7 +279,7 @@ void LogQueue::flushOutputs(Retire retire) noexcept {
         }
     }
     haltIfFrozen();
-    retire == Retire::all ? records_.retire() : records_.retireEarlier();
+    records_.retire();
     longTexts_.clear();
 }
 
@@ -317,11 +329,11 @@ std::size_t LogQueue::visitLines(DDLogPendingLines::Callback callback, void* con
 }
 
 void LogQueue::beforeFork() {
-    if (!isCurrent()) role_.lock();
+    if (!onQueue) role_.lock();
 }
 
 void LogQueue::afterForkInParent() {
-    if (!isCurrent()) role_.unlock();
+    if (!onQueue) role_.unlock();
 }
 
 void LogQueue::afterForkInChild() {

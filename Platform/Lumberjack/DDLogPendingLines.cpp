@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "Platform/Lumberjack/Linux/LogQueue.h"
+#include "Platform/Lumberjack/LogQueue.h"
 
 namespace zqcore::platform {
 
