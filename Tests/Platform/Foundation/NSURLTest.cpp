@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "TestKit/TemporaryFolder.h"
+#include "TestKit/ScratchFolder.h"
 
 namespace zqcore::platform {
 namespace {
@@ -23,7 +23,7 @@ TEST(NSURLTest, PathsComeBackFromFileURLs) {
 }
 
 TEST(NSURLTest, AFolderHasASlashThatItsPathHasNot) {
-    const testkit::TemporaryFolder folder;
+    const testkit::ScratchFolder folder;
     const auto url = NSURL::fileURLWithPath(folder.path());
     EXPECT_TRUE(url.description().ends_with('/'));
     EXPECT_EQ(url.path(), folder.path());

@@ -9,12 +9,12 @@
 
 #include "Classes/Core/Extension/NSAppleEventDescriptorExtension.h"
 #include "Platform/Dispatch/DispatchQueue.h"
-#include "TestKit/TemporaryFolder.h"
+#include "TestKit/ScratchFolder.h"
 
 namespace zqcore {
 namespace {
 
-using testkit::TemporaryFolder;
+using testkit::ScratchFolder;
 
 struct Outcome {
     std::shared_ptr<NSAppleEventDescriptor> result;
@@ -84,14 +84,14 @@ TEST(NSAppleEventDescriptorTest, NumbersCoerceToText) {
 }
 
 TEST(NSUserAppleScriptTaskTest, GivesTheScriptItsArgumentsAndTakesItsOutput) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const auto script = folder.script("a b.sh", R"(printf '%s|' "$#" "$@"; cat)");
     EXPECT_EQ(run(script, {"x y", "", "\u4E2D'\"$"}).text(), "4|send|x y||\u4E2D'\"$|");
     EXPECT_EQ(runEvent(script, callOf("other", {})).text(), "1|other|");
 }
 
 TEST(NSUserAppleScriptTaskTest, OneFinalLineEndIsNoPartOfTheResult) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     EXPECT_EQ(run(folder.script("a", "printf 'x\\n\\n'"), {}).text(), "x\n");
     EXPECT_EQ(run(folder.script("b", "echo"), {}).text(), "");
     EXPECT_EQ(run(folder.script("c", "exit 0"), {}).text(), "");
@@ -101,7 +101,7 @@ TEST(NSUserAppleScriptTaskTest, OneFinalLineEndIsNoPartOfTheResult) {
 }
 
 TEST(NSUserAppleScriptTaskTest, LargeTextsTravelByStandardInputBothWays) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const auto script = folder.script("echo", R"(printf '%s|' "$2" "$3"; cat)");
     std::string large(20 * 1024 * 1024, 'x');
     for (std::size_t i = 0; i < large.size(); i += 97) large[i] = static_cast<char>('a' + i % 26);
@@ -115,7 +115,7 @@ TEST(NSUserAppleScriptTaskTest, LargeTextsTravelByStandardInputBothWays) {
 }
 
 TEST(NSUserAppleScriptTaskTest, ErrorsCarryTheScriptsNumber) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const struct {
         const char* body;
         long code;
@@ -139,7 +139,7 @@ TEST(NSUserAppleScriptTaskTest, ErrorsCarryTheScriptsNumber) {
 }
 
 TEST(NSUserAppleScriptTaskTest, WhatCanNotBeRunIsAnError) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     EXPECT_EQ(run(folder / "missing", {}).error->code(), 260);
     EXPECT_EQ(run(folder.path(), {}).error->code(), 260);
     EXPECT_EQ(run(folder.write("plain", "#!/bin/sh\n"), {}).error->code(), EACCES);
@@ -156,7 +156,7 @@ TEST(NSUserAppleScriptTaskTest, WhatCanNotBeRunIsAnError) {
 }
 
 TEST(NSUserAppleScriptTaskTest, ATaskRunsOnce) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const auto log = folder / "log";
     const auto task =
         *NSUserAppleScriptTask::make(NSURL::fileURLWithPath(folder.script("s", "echo run >>" + log)));
@@ -171,13 +171,13 @@ TEST(NSUserAppleScriptTaskTest, ATaskRunsOnce) {
 }
 
 TEST(NSUserAppleScriptTaskTest, AScriptThatReadsNothingDoesNoHarm) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const auto script = folder.script("deaf", "exec <&-; echo done");
     for (int i = 0; i < 20; ++i) EXPECT_EQ(run(script, {"id", std::string(4 << 20, 'x')}).text(), "done");
 }
 
 TEST(NSUserAppleScriptTaskTest, WhatRunsOnInTheBackgroundIsNotWaitedFor) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const auto fifo = folder / "fifo";
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     // The child in the background keeps the standard output open until the test lets it go.
@@ -187,7 +187,7 @@ TEST(NSUserAppleScriptTaskTest, WhatRunsOnInTheBackgroundIsNotWaitedFor) {
 }
 
 TEST(NSUserAppleScriptTaskTest, LeavesNoZombieAndPassesNoDescriptorOn) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const int leaky = ::dup2(STDERR_FILENO, 200);  // without close-on-exec
     const auto text = run(folder.script("lists", "echo /proc/self/fd/*"), {}).text();
     ::close(leaky);
@@ -199,7 +199,7 @@ TEST(NSUserAppleScriptTaskTest, LeavesNoZombieAndPassesNoDescriptorOn) {
 }
 
 TEST(NSUserAppleScriptTaskTest, ScriptsStartWithPlainSignals) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     ::signal(SIGPIPE, SIG_IGN);
     EXPECT_EQ(run(folder.script("dies", "kill -PIPE $$; echo alive"), {}).error->localizedDescription(),
               "The script was ended by signal 13.");
@@ -207,7 +207,7 @@ TEST(NSUserAppleScriptTaskTest, ScriptsStartWithPlainSignals) {
 }
 
 TEST(NSUserAppleScriptTaskTest, WorksWithChildrenReapedBySomebodyElse) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     ::signal(SIGCHLD, SIG_IGN);
     EXPECT_EQ(run(folder.script("a", "echo fine"), {}).text(), "fine");
     EXPECT_EQ(run(folder.script("b", "echo 'error -1743: no' >&2; exit 1"), {}).error->code(), -1743);

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "TestKit/PrivateBus.h"
-#include "TestKit/TemporaryFolder.h"
+#include "TestKit/ScratchFolder.h"
 
 namespace zqcore::platform {
 namespace {
 
-using testkit::TemporaryFolder;
+using testkit::ScratchFolder;
 
 /// Data folders of the test's own, and a bus that knows what the test says.
 class NSWorkspaceTest : public testing::Test {
@@ -33,7 +33,7 @@ class NSWorkspaceTest : public testing::Test {
         return path.starts_with(folder_.path()) ? path.substr(folder_.path().size() + 1) : url->description();
     }
 
-    TemporaryFolder folder_;
+    ScratchFolder folder_;
     std::string busName_ = "com.example.bus";
 };
 

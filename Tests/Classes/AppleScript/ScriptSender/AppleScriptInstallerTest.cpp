@@ -13,16 +13,16 @@
 #include "Platform/Foundation/NSSearchPath.h"
 #include "Platform/Scripting/CommandLineOpenPanel.h"
 #include "TestKit/LogCapture.h"
+#include "TestKit/ScratchFolder.h"
 #include "TestKit/ScriptedOpenPanel.h"
-#include "TestKit/TemporaryFolder.h"
 
 namespace zqcore {
 namespace {
 
 using Status = AppleScriptInstaller::Status;
 using testkit::LogCapture;
+using testkit::ScratchFolder;
 using testkit::ScriptedOpenPanel;
-using testkit::TemporaryFolder;
 
 /// A home whose script directory is what the test says.
 class Home final : public SearchPaths {
@@ -63,7 +63,7 @@ class AppleScriptInstallerTest : public testing::Test {
         return NSURL::fileURLWithPath(path).description();
     }
 
-    TemporaryFolder folder_;
+    ScratchFolder folder_;
     std::string source_ = folder_.write("source/My Script.scpt", "#!/bin/sh\necho new\n", 0755);
     std::string parent_ = folder_ / "Application Scripts";
     std::string directory_ = parent_ + "/com.example.app";

@@ -10,19 +10,20 @@
 
 namespace zqcore::testkit {
 
-/// A folder of its own below the temporary one, gone with everything in it at the end.
-class TemporaryFolder final {
+/// A folder for files and scripts that a test writes, below the temporary one and gone with all in it at the
+/// end.
+class ScratchFolder final {
   public:
-    TemporaryFolder() {
+    ScratchFolder() {
         std::string name = std::filesystem::temp_directory_path().string() + "/zqcore-XXXXXX";
         path_ = ::mkdtemp(name.data());
     }
-    ~TemporaryFolder() {
+    ~ScratchFolder() {
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
     }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
 
     [[nodiscard]] const std::string& path() const noexcept { return path_; }
     [[nodiscard]] std::string operator/(std::string_view name) const {
