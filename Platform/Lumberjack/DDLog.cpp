@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "Platform/Lumberjack/LogQueue.h"
+#include "Platform/Lumberjack/Linux/LogQueue.h"
 
 namespace zqcore::platform {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Platform/Lumberjack/LogQueue.h"
+#include "Platform/Lumberjack/Linux/LogQueue.h"
 
 namespace zqcore::platform {
 

@@ -1,6 +1,7 @@
 #include "Classes/Log/Log/ZQLog.h"
 
 #include "Classes/Log/Log/ZQManagerForLog.h"
+#include "Platform/Foundation/NSThread.h"
 #include "Platform/Lumberjack/DDLog.h"
 
 namespace zqcore {
@@ -30,6 +31,14 @@ void write(std::string&& message, std::uint64_t level, std::uint64_t flag, bool 
 
 }  // namespace logging
 
-void logCallStackSymbols(const std::source_location&) {}
+void logCallStackSymbols(const std::source_location& where) {
+    ZQLogVerbose(
+        [] {
+            std::string symbols;
+            for (const std::string& symbol : NSThread::callStackSymbols()) symbols += "\n" + symbol;
+            return "调用栈：\n" + symbols;
+        },
+        nullptr, where);
+}
 
 }  // namespace zqcore

@@ -22,6 +22,7 @@ class OneShotSignal final {
         word_.store(1, std::memory_order_release);
         futexWakeOne(word_);
     }
+    [[nodiscard]] bool isSignalled() const noexcept { return word_.load(std::memory_order_acquire) != 0; }
     void wait() noexcept {
         while (word_.load(std::memory_order_acquire) == 0) futexWait(word_, 0);
     }

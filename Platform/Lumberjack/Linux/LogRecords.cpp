@@ -1,4 +1,4 @@
-#include "Platform/Lumberjack/LogRecords.h"
+#include "Platform/Lumberjack/Linux/LogRecords.h"
 
 #include <sched.h>
 #include <sys/mman.h>
@@ -41,7 +41,7 @@ LogRecords::LogRecords() {
     Chunk* first = takeChunk();
     open_.store(first);
     reading_.store(first);
-    next_ = oldest_ = {first, 0};
+    next_ = last_ = oldest_ = {first, 0};
 }
 
 LogRecords::Chunk* LogRecords::takeChunk() {
@@ -105,6 +105,7 @@ LogRecord* LogRecords::next() noexcept {
         // Reserved: its writer is at it, or was just put off the processor.
         for (unsigned round = 0; sizeOf(record) == 0; ++round) pauseBriefly(round);
         if (record->kind != LogRecord::Kind::end) {
+            last_ = next_;
             next_.offset += record->size;
             readOffset_.store(next_.offset, std::memory_order_relaxed);
             return record;
@@ -118,13 +119,13 @@ LogRecord* LogRecords::next() noexcept {
     }
 }
 
-void LogRecords::retire() {
-    while (oldest_.chunk != next_.chunk) {
+void LogRecords::retireTo(Place place) {
+    while (oldest_.chunk != place.chunk) {
         Chunk* emptied = oldest_.chunk;
         oldest_ = {emptied->next.load(std::memory_order_acquire), 0};
         recycle(emptied);
     }
-    oldest_.offset = next_.offset;
+    oldest_.offset = place.offset;
 }
 
 void LogRecords::recycle(Chunk* chunk) {
@@ -142,7 +143,7 @@ void LogRecords::abandon() {
     open_.store(fresh);
     reading_.store(fresh);
     readOffset_.store(0);
-    next_ = oldest_ = {fresh, 0};
+    next_ = last_ = oldest_ = {fresh, 0};
 }
 
 const LogRecord* LogRecords::step(Place& place) noexcept {

@@ -1,4 +1,4 @@
-#include "Platform/Lumberjack/LogQueue.h"
+#include "Platform/Lumberjack/Linux/LogQueue.h"
 
 #include <pthread.h>
 #include <sys/syscall.h>
@@ -11,6 +11,8 @@
 #include <utility>
 
 #include "Platform/Base/Clock.h"
+#include "Platform/Dispatch/Linux/CurrentQueue.h"
+#include "Platform/Dispatch/Linux/WorkerThread.h"
 #include "Platform/Lumberjack/DDLogger.h"
 
 namespace zqcore::platform {
@@ -22,8 +24,6 @@ constexpr std::size_t kBatch = 512;
 // The idle thread looks once more after this time before it sleeps, so that a stream of lines doesn't pay
 // for a wake-up each.
 constexpr timespec kLinger{0, 200'000};
-
-thread_local bool onQueue = false;
 
 int threadNumber() noexcept { return static_cast<int>(::syscall(SYS_gettid)); }
 
@@ -46,14 +46,16 @@ std::string_view logFileName(std::string_view path) noexcept {
 
 LogQueue& LogQueue::shared() {
     static LogQueue& queue = [] -> LogQueue& {
-        auto& made = *new LogQueue;
-        used.store(&made);
-        return made;
+        const auto& kept = *new std::shared_ptr<LogQueue>(new LogQueue, [](LogQueue*) {});
+        used.store(kept.get());
+        return *kept;
     }();
     return queue;
 }
 
-bool LogQueue::isCurrent() noexcept { return onQueue; }
+bool LogQueue::isCurrent() noexcept {
+    return CurrentQueueScope::current() && CurrentQueueScope::current() == used.load();
+}
 
 LogQueue::LogQueue() {
     // The outputs must be at rest in the child, and its copy of the thread doesn't exist.
@@ -64,7 +66,7 @@ LogQueue::LogQueue() {
 void LogQueue::log(bool asynchronous, LogOutputs* outputs, const LogCall& call, std::string_view text,
                    std::string* owned) {
     const Date time = Clock::current().wallNow();
-    if (!asynchronous && onQueue) return deliver(*outputs, call, text, time);
+    if (!asynchronous && isCurrent()) return deliver(*outputs, call, text, time);
     const std::size_t size = sizeof(LogRecord) + text.size();
     LogRecord* record;
     std::uint32_t reserved;
@@ -88,7 +90,7 @@ void LogQueue::log(bool asynchronous, LogOutputs* outputs, const LogCall& call, 
         wake();
         return;
     }
-    std::atomic<std::uint32_t> done{0};
+    OneShotSignal done;
     record->done = &done;
     LogRecords::complete(record, reserved);
     await(done);
@@ -107,28 +109,28 @@ LogRecord* LogQueue::fill(std::uint32_t size, LogOutputs* outputs, const LogCall
     return record;
 }
 
-void LogQueue::async(Work work) {
-    auto body = std::make_unique<Work>(std::move(work));
-    LogRecord* record = records_.reserve(sizeof(LogRecord));
-    record->kind = LogRecord::Kind::work;
-    record->body = body.release();
-    LogRecords::complete(record, sizeof(LogRecord));
+void LogQueue::async(DispatchBlock block) {
+    putBlock(std::move(block), nullptr);
     wake();
 }
 
-void LogQueue::sync(Work work) {
-    if (onQueue) return work();
-    std::atomic<std::uint32_t> done{0};
-    auto body = std::make_unique<Work>(std::move(work));
-    LogRecord* record = records_.reserve(sizeof(LogRecord));
-    record->kind = LogRecord::Kind::work;
-    record->body = body.release();
-    record->done = &done;
-    LogRecords::complete(record, sizeof(LogRecord));
+void LogQueue::sync(const std::function<void()>& block) {
+    if (isCurrent()) return block();
+    OneShotSignal done;
+    putBlock(DispatchBlock([&block] { block(); }), &done);
     await(done);
 }
 
-void LogQueue::await(std::atomic<std::uint32_t>& done) {
+void LogQueue::putBlock(DispatchBlock block, OneShotSignal* done) {
+    auto body = std::make_unique<DispatchBlock>(std::move(block));
+    LogRecord* record = records_.reserve(sizeof(LogRecord));
+    record->kind = LogRecord::Kind::work;
+    record->body = body.release();
+    record->done = done;
+    LogRecords::complete(record, sizeof(LogRecord));
+}
+
+void LogQueue::await(OneShotSignal& done) {
     if (role_.try_lock()) {
         drain(&done, SIZE_MAX);
         role_.unlock();
@@ -141,7 +143,7 @@ void LogQueue::await(std::atomic<std::uint32_t>& done) {
             drain(&done, SIZE_MAX);
         }
     }
-    done.wait(0);
+    done.wait();
 }
 
 // --- the thread -----------------------------------------------------------------------------------------
@@ -149,36 +151,24 @@ void LogQueue::await(std::atomic<std::uint32_t>& done) {
 void LogQueue::wakeThread() {
     switch (sleep_.exchange(awake)) {
         case asleep:
-            sleep_.notify_one();
+            futexWakeOne(sleep_);
             break;
         case notStarted: {
-            pthread_attr_t attributes;
-            ::pthread_attr_init(&attributes);
-            ::pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
-            // Signals of the process are for its other threads.
-            sigset_t all;
-            sigset_t old;
-            sigfillset(&all);
+            // Signals of the process are for its other threads, faults for whoever makes them.
+            sigset_t mask;
+            sigset_t former;
+            sigfillset(&mask);
             for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS})
-                sigdelset(&all, fault);
-            ::pthread_sigmask(SIG_SETMASK, &all, &old);
-            pthread_t thread;
+                sigdelset(&mask, fault);
+            ::pthread_sigmask(SIG_SETMASK, &mask, &former);
             // Without a thread the lines go out with the next synchronous call, or at exit.
-            if (::pthread_create(&thread, &attributes, &LogQueue::threadMain, this) != 0)
-                sleep_.store(notStarted);
-            ::pthread_sigmask(SIG_SETMASK, &old, nullptr);
-            ::pthread_attr_destroy(&attributes);
+            if (!startWorkerThread(label_.c_str(), [this] { runThread(); })) sleep_.store(notStarted);
+            ::pthread_sigmask(SIG_SETMASK, &former, nullptr);
             break;
         }
         default:
             break;
     }
-}
-
-void* LogQueue::threadMain(void* queue) {
-    ::pthread_setname_np(::pthread_self(), "cocoa.lumberjac");  // fifteen characters are all there is
-    static_cast<LogQueue*>(queue)->runThread();
-    return nullptr;
 }
 
 void LogQueue::runThread() {
@@ -196,7 +186,7 @@ void LogQueue::runThread() {
             if (records_.pending()) {
                 sleep_.store(awake);
             } else {
-                sleep_.wait(asleep);
+                futexWait(sleep_, asleep);
                 lingered = false;
             }
         }
@@ -205,30 +195,29 @@ void LogQueue::runThread() {
 
 // --- with the role of the drainer -----------------------------------------------------------------------
 
-void LogQueue::drain(const std::atomic<std::uint32_t>* until, std::size_t limit) noexcept {
-    onQueue = true;
+void LogQueue::drain(const OneShotSignal* until, std::size_t limit) {
+    const CurrentQueueScope scope(this);
     drainer_.store(threadNumber());
     std::size_t count = 0;
-    while (!until || until->load(std::memory_order_acquire) == 0) {
+    while (!until || !until->isSignalled()) {
         haltIfFrozen();
         LogRecord* record = records_.next();
         if (!record) break;
         handle(*record);
         if (++count == limit) break;
     }
-    flushOutputs();
+    flushOutputs(Retire::all);
     drainer_.store(0);
-    onQueue = false;
 }
 
 void LogQueue::handle(LogRecord& record) {
     if (record.kind == LogRecord::Kind::work) {
-        flushOutputs();
-        const std::unique_ptr<Work> work(static_cast<Work*>(record.body));
+        flushOutputs(Retire::earlier);
+        const std::unique_ptr<DispatchBlock> work(static_cast<DispatchBlock*>(record.body));
         record.body = nullptr;
         (*work)();
     } else {
-        if (written_ != record.outputs) flushOutputs();
+        if (written_ != record.outputs) flushOutputs(Retire::earlier);
         std::string_view text(record.text(), record.textSize);
         if (record.kind == LogRecord::Kind::longLine) {
             longTexts_.emplace_back(static_cast<std::string*>(record.body));
@@ -240,10 +229,9 @@ void LogQueue::handle(LogRecord& record) {
                  record.tag},
                 text, Date{std::chrono::nanoseconds(record.timestamp)});
     }
-    if (std::atomic<std::uint32_t>* done = record.done) {
-        flushOutputs();
-        done->store(1, std::memory_order_release);
-        done->notify_one();
+    if (OneShotSignal* done = record.done) {
+        flushOutputs(Retire::all);
+        done->signal();
     }
 }
 
@@ -269,7 +257,7 @@ void LogQueue::deliver(LogOutputs& outputs, const LogCall& call, std::string_vie
     }
 }
 
-void LogQueue::flushOutputs() noexcept {
+void LogQueue::flushOutputs(Retire retire) noexcept {
     if (LogOutputs* outputs = std::exchange(written_, nullptr)) {
         for (const auto& logger : outputs->loggers) {
             try {
@@ -279,7 +267,7 @@ void LogQueue::flushOutputs() noexcept {
         }
     }
     haltIfFrozen();
-    records_.retire();
+    retire == Retire::all ? records_.retire() : records_.retireEarlier();
     longTexts_.clear();
 }
 
@@ -329,15 +317,20 @@ std::size_t LogQueue::visitLines(DDLogPendingLines::Callback callback, void* con
 }
 
 void LogQueue::beforeFork() {
-    if (!onQueue) role_.lock();
+    if (isCurrent()) return;
+    role_.lock();
+    // What was logged and set up so far is done here, so that the child neither repeats nor misses it.
+    OneShotSignal done;
+    putBlock(DispatchBlock([] {}), &done);
+    drain(&done, SIZE_MAX);
 }
 
 void LogQueue::afterForkInParent() {
-    if (!onQueue) role_.unlock();
+    if (!isCurrent()) role_.unlock();
 }
 
 void LogQueue::afterForkInChild() {
-    // What was waiting is the parent's to write.
+    // What other threads logged meanwhile is the parent's to write.
     records_.abandon();
     sleep_.store(notStarted);
     afterForkInParent();

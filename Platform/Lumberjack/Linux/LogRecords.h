@@ -8,6 +8,7 @@
 
 namespace zqcore::platform {
 
+class OneShotSignal;
 struct LogOutputs;
 
 /// What waits in the log queue. A line's text follows the record in memory, or lies in `body` if it is long.
@@ -15,7 +16,7 @@ struct LogRecord {
     enum class Kind : std::uint32_t {
         line,      // text behind the record
         longLine,  // body: std::string*
-        work,      // body: std::move_only_function<void()>*
+        work,      // body: DispatchBlock*
         end,       // the chunk is full, go on in the next one
     };
     std::uint32_t size;  // all bytes of the record; 0 until it is complete. Only through std::atomic_ref.
@@ -31,7 +32,7 @@ struct LogRecord {
     const char* function;
     const void* tag;
     void* body;
-    std::atomic<std::uint32_t>* done;  // set to 1 and notified when the record has been dealt with
+    OneShotSignal* done;  // told when the record has been dealt with
 
     [[nodiscard]] const char* text() const noexcept { return reinterpret_cast<const char*>(this + 1); }
     [[nodiscard]] char* text() noexcept { return reinterpret_cast<char*>(this + 1); }
@@ -65,8 +66,9 @@ class LogRecords final {
     // The taking side.
     /// The next record, or null if none is waiting. It lives until `retire`.
     [[nodiscard]] LogRecord* next() noexcept;
-    /// Gives up all that `next` gave.
-    void retire();
+    /// Gives up all that `next` gave, or all but the last.
+    void retire() { retireTo(next_); }
+    void retireEarlier() { retireTo(last_); }
     /// Forgets every record, also those that were never completed. For the child of a fork.
     void abandon();
 
@@ -86,6 +88,7 @@ class LogRecords final {
 
     [[nodiscard]] Chunk* takeChunk();
     void close(Chunk* chunk, std::uint64_t position);
+    void retireTo(Place place);
     void recycle(Chunk* chunk);
     static const LogRecord* step(Place& place) noexcept;
 
@@ -93,6 +96,7 @@ class LogRecords final {
     std::atomic<Chunk*> reading_;  // next_.chunk, for `pending`
     std::atomic<std::uint32_t> readOffset_{0};
     Place next_;
+    Place last_;  // what `next` gave last
     Place oldest_;
     std::mutex poolMutex_;
     std::vector<Chunk*> pool_;

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "Platform/Lumberjack/LogQueue.h"
+#include "Platform/Lumberjack/Linux/LogQueue.h"
 
 namespace zqcore::platform {
 

@@ -10,9 +10,11 @@
 #include <string_view>
 #include <vector>
 
+#include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Dispatch/Linux/Futex.h"
 #include "Platform/Lumberjack/DDLogMessage.h"
 #include "Platform/Lumberjack/DDLogPendingLines.h"
-#include "Platform/Lumberjack/LogRecords.h"
+#include "Platform/Lumberjack/Linux/LogRecords.h"
 
 namespace zqcore::platform {
 
@@ -37,10 +39,8 @@ struct LogOutputs {
 /// The serial queue "cocoa.lumberjack" of all loggers. Whoever holds the role of the drainer takes records
 /// out: the queue's own thread, or a caller that waits for its record and finds the role free, which spares
 /// it two changes of thread. The thread starts with the first asynchronous record. Lives for ever.
-class LogQueue final {
+class LogQueue final : public DispatchQueue {
   public:
-    using Work = std::move_only_function<void()>;
-
     [[nodiscard]] static LogQueue& shared();
     /// Whether the calling code runs on the queue.
     [[nodiscard]] static bool isCurrent() noexcept;
@@ -48,22 +48,24 @@ class LogQueue final {
     /// Puts one line in. A text that is too long for a record is moved from `owned` if that is given.
     void log(bool asynchronous, LogOutputs* outputs, const LogCall& call, std::string_view text,
              std::string* owned);
-    /// Runs `work` in its turn.
-    void async(Work work);
-    /// Runs `work` in its turn and returns when it has ended; on the queue itself at once.
-    void sync(Work work);
+    void async(DispatchBlock block) override;
+    /// On the queue itself at once, unlike other queues, since an output may log.
+    void sync(const std::function<void()>& block) override;
+    [[nodiscard]] const std::string& label() const noexcept override { return label_; }
+    [[nodiscard]] DispatchQoS qos() const noexcept override { return DispatchQoS::utility; }
 
     /// See `DDLogPendingLines`. Nothing if no line was ever logged.
     static std::size_t walkPending(DDLogPendingLines::Callback callback, void* context) noexcept;
 
   private:
     LogQueue();
-    ~LogQueue() = default;
+    ~LogQueue() override = default;
 
     enum Sleep : std::uint32_t { awake, asleep, notStarted };
 
     LogRecord* fill(std::uint32_t size, LogOutputs* outputs, const LogCall& call);
-    void await(std::atomic<std::uint32_t>& done);
+    void putBlock(DispatchBlock block, OneShotSignal* done);
+    void await(OneShotSignal& done);
     void wake() {
         if (sleep_.load() != awake) [[unlikely]]
             wakeThread();
@@ -72,20 +74,21 @@ class LogQueue final {
     void runThread();
 
     // With the role of the drainer.
-    void drain(const std::atomic<std::uint32_t>* until, std::size_t limit) noexcept;
+    void drain(const OneShotSignal* until, std::size_t limit);
     void handle(LogRecord& record);
     void deliver(LogOutputs& outputs, const LogCall& call, std::string_view text, Date time) noexcept;
-    void flushOutputs() noexcept;
+    enum class Retire { all, earlier };
+    void flushOutputs(Retire retire) noexcept;
     void haltIfFrozen() noexcept;
     std::size_t visitLines(DDLogPendingLines::Callback callback, void* context) noexcept;
 
-    static void* threadMain(void* queue);
     void beforeFork();
     void afterForkInParent();
     void afterForkInChild();
 
     LogRecords records_;
-    std::atomic<std::uint32_t> sleep_{notStarted};
+    const std::string label_ = "cocoa.lumberjack";
+    FutexWord sleep_{notStarted};
     std::mutex role_;
     std::atomic<int> drainer_{0};  // thread number of the role's holder
     std::atomic<int> frozen_{0};

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Platform/Lumberjack/DDLog.h"
+
+namespace zqcore::testing_support {
+
+/// A directory that goes with its object.
+class TemporaryDirectory {
+  public:
+    TemporaryDirectory() {
+        std::string pattern = std::filesystem::temp_directory_path() / "zqcore-log-XXXXXX";
+        path_ = ::mkdtemp(pattern.data());
+    }
+    ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    [[nodiscard]] const std::string& path() const { return path_; }
+    [[nodiscard]] std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(path_))
+            names.push_back(entry.path().filename());
+        std::ranges::sort(names);
+        return names;
+    }
+
+  private:
+    std::string path_;
+};
+
+inline std::string contentOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Logs one line of bare text.
+inline void say(DDLog& ddlog, std::string_view text, bool asynchronous = false,
+                std::uint64_t flag = DDLogFlagInfo) {
+    ddlog.log(asynchronous, DDLogLevelAll, flag, 0, "/x/Place.cpp", "function()", 7, nullptr, text);
+}
+
+/// An output that keeps what it gets.
+class MemoryLogger final : public DDLogger {
+  public:
+    void logMessage(const DDLogMessage& message) override {
+        if (auto line = formatted(message)) {
+            const std::lock_guard lock(mutex_);
+            lines_.push_back(std::move(*line));
+        }
+    }
+    [[nodiscard]] std::vector<std::string> lines() const {
+        const std::lock_guard lock(mutex_);
+        return lines_;
+    }
+
+  private:
+    mutable std::mutex mutex_;
+    std::vector<std::string> lines_;
+};
+
+}  // namespace zqcore::testing_support
