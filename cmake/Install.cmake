@@ -16,7 +16,7 @@ configure_package_config_file(cmake/ZQCoreConfig.cmake.in ${CMAKE_BINARY_DIR}/ZQ
     INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/ZQCoreConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/ZQCoreConfig.cmake ${CMAKE_BINARY_DIR}/ZQCoreConfigVersion.cmake
-    DESTINATION ${package_dir})
+    cmake/ZQInfoPlist.cmake DESTINATION ${package_dir})
 
 configure_file(cmake/zqcore.pc.in ${CMAKE_BINARY_DIR}/zqcore.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/zqcore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -59,14 +59,28 @@ bool isPlatformName(std::string_view name) {
            (digits.size() == 1 || digits.front() != '0');
 }
 
-/// Orders eth2 before eth10.
+/// Orders enp2s0 before enp10s0: runs of digits count as numbers.
 bool naturallyBefore(std::string_view a, std::string_view b) {
-    const auto head = [](std::string_view name) { return name.find_last_not_of("0123456789") + 1; };
-    const std::string_view headA = a.substr(0, head(a));
-    const std::string_view headB = b.substr(0, head(b));
-    if (headA != headB) return headA < headB;
-    if (a.size() != b.size()) return a.size() < b.size();
-    return a < b;
+    const auto takeNumber = [](std::string_view& text) {
+        text.remove_prefix(std::min(text.find_first_not_of('0'), text.size()));
+        const std::string_view number =
+            text.substr(0, std::min(text.find_first_not_of("0123456789"), text.size()));
+        text.remove_prefix(number.size());
+        return std::pair(number.size(), number);
+    };
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    while (!a.empty() && !b.empty()) {
+        if (isDigit(a.front()) && isDigit(b.front())) {
+            const auto numberA = takeNumber(a);
+            const auto numberB = takeNumber(b);
+            if (numberA != numberB) return numberA < numberB;
+        } else {
+            if (a.front() != b.front()) return a.front() < b.front();
+            a.remove_prefix(1);
+            b.remove_prefix(1);
+        }
+    }
+    return a.size() < b.size();
 }
 
 class SystemFacts final : public MachineFacts {
