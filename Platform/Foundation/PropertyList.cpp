@@ -50,36 +50,24 @@ double referenceOfDate(Date date) noexcept {
 
 namespace {
 
-std::optional<std::string> invalidity(const Value& value, const std::string& path, int depth) {
-    const auto because = [&](const char* reason) { return (path.empty() ? "value" : path) + ": " + reason; };
-    if (depth > propertylist::kDepth) return because("nested too deeply");
-    switch (value.kind()) {
-        case Value::Kind::null:
-            return because("null");
-        case Value::Kind::string:
-            if (!isValidUTF8(*value.asString())) return because("not UTF-8");
-            return std::nullopt;
-        case Value::Kind::array: {
-            std::size_t index = 0;
-            for (const auto& element : *value.asArray()) {
-                // The path is needed only where something is wrong, so it is not built on the way there.
-                if (auto wrong = invalidity(element, {}, depth + 1)) {
-                    return path + "[" + std::to_string(index) + "]" + *std::move(wrong);
-                }
-                ++index;
-            }
-            return std::nullopt;
+/// What is wrong in `value`, as the path to it and a reason. Paths are built on the way back, where alone
+/// they are needed.
+std::optional<std::string> invalidity(const Value& value, int depth) {
+    if (depth > propertylist::kDepth) return ": nested too deeply";
+    if (value.isNull()) return ": null";
+    if (const auto* text = value.asString(); text && !isValidUTF8(*text)) return ": not UTF-8";
+    if (const auto* array = value.asArray()) {
+        for (std::size_t i = 0; i < array->size(); ++i) {
+            if (auto wrong = invalidity((*array)[i], depth + 1))
+                return "[" + std::to_string(i) + "]" + *wrong;
         }
-        case Value::Kind::dictionary:
-            for (const auto& [key, element] : *value.asDictionary()) {
-                if (!isValidUTF8(key)) return because("a key that is not UTF-8");
-                if (auto wrong = invalidity(element, {}, depth + 1))
-                    return path + "." + key + *std::move(wrong);
-            }
-            return std::nullopt;
-        default:
-            return std::nullopt;
+    } else if (const auto* dictionary = value.asDictionary()) {
+        for (const auto& [key, element] : *dictionary) {
+            if (!isValidUTF8(key)) return ": a key that is not UTF-8";
+            if (auto wrong = invalidity(element, depth + 1)) return "." + key + *wrong;
+        }
     }
+    return std::nullopt;
 }
 
 NSError refused(long code, std::string reason) {
@@ -106,6 +94,10 @@ std::expected<Data, NSError> PropertyList::write(const Value& value, Format form
     return Data(*std::move(text));
 }
 
-std::optional<std::string> PropertyList::whyInvalid(const Value& value) { return invalidity(value, {}, 0); }
+std::optional<std::string> PropertyList::whyInvalid(const Value& value) {
+    auto wrong = invalidity(value, 0);
+    if (wrong && wrong->starts_with(':')) wrong->insert(0, "value");
+    return wrong;
+}
 
 }  // namespace zqcore::platform
