@@ -31,9 +31,9 @@ enum class ScriptingServeStatus { serving, invalidIdentifier, nameTaken, noBus }
 /// → s`, which any bus tool can call, and `exchange(v) → v`, the same with the text as a string or, from 64
 /// KiB up, as a sealed memory file. A command that ends without a result is answered with the error
 /// "com.tessara.ZQCore.Scripting.Error.NoResult".
-/// Security: the session bus takes connections of its own user only; beside that, a call or notification from
-/// a process of another user is refused here, by the user number that the bus tells. What arrives is checked:
-/// texts are UTF-8 without NUL and at most 100 MiB, memory files are sealed.
+/// Security: the session bus takes connections of its own user only; beside that, a command from a process of
+/// another user is refused here, by the user number that the bus tells. What arrives is checked: texts are
+/// UTF-8 without NUL and at most 100 MiB, memory files are sealed.
 /// Time: a call waits 120 seconds at most. Threads: every operation from any; all but `start` and `broadcast`
 /// may block for a round trip. Lifetime: it connects at first use, and again after the bus was lost, when it
 /// also claims again what was served.

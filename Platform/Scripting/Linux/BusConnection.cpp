@@ -1,7 +1,6 @@
 #include "Platform/Scripting/Linux/BusConnection.h"
 
 #include <poll.h>
-#include <pthread.h>
 #include <signal.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
@@ -11,10 +10,10 @@
 #include <cerrno>
 #include <limits>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Dispatch/Linux/WorkerThread.h"
 #include "Platform/Scripting/Linux/BusErrors.h"
 
 namespace zqcore::platform {
@@ -95,7 +94,7 @@ int BusConnection::ensureOpen() {
 }
 
 void BusConnection::startThread() {
-    if (std::exchange(threadStarted_, true)) return;
+    if (threadStarted_) return;
     // The application's signals are for its own threads; a new thread inherits the mask.
     sigset_t all;
     sigset_t before;
@@ -103,12 +102,11 @@ void BusConnection::startThread() {
     for (const int fault : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGTRAP, SIGABRT, SIGSYS})
         ::sigdelset(&all, fault);
     ::pthread_sigmask(SIG_SETMASK, &all, &before);
-    std::thread([this] { pump(); }).detach();
+    threadStarted_ = startWorkerThread("zqcore-bus", [this] { pump(); });
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 void BusConnection::pump() {
-    ::pthread_setname_np(::pthread_self(), "zqcore-bus");
     Lock lock(mutex_);
     for (;;) {
         if (bus_ && !leading_) processArrived();

@@ -10,7 +10,7 @@
 #include "Platform/Scripting/Linux/SealedText.h"
 #include "Platform/Scripting/Linux/SessionBus.h"
 
-// The serving half: commands that arrive and their answers, notifications, and who may send them.
+// The serving half: commands that arrive, who may send them and their answers, and notifications.
 namespace zqcore::platform {
 namespace {
 
@@ -255,7 +255,8 @@ std::shared_ptr<void> SessionBus::listen(const std::string& name, NotificationHa
         if (open) subscribe(access.bus(), *listener);
     }
     if (!open) openAgain(0);
-    return std::shared_ptr<void>(nullptr, [this, listener](std::nullptr_t) { stopListening(listener); });
+    void* token = listener.get();
+    return {token, [this, listener = std::move(listener)](void*) { stopListening(listener); }};
 }
 
 void SessionBus::subscribe(sd_bus* bus, Listener& listener) {
@@ -275,19 +276,15 @@ void SessionBus::stopListening(const std::shared_ptr<Listener>& listener) {
 }
 
 int SessionBus::onNotification(sd_bus_message* message, void* pointer, sd_bus_error*) {
+    // The sender isn't judged: one that posts and ends is gone before the bus could be asked about it.
     auto* raw = static_cast<Listener*>(pointer);
     SessionBus& bus = raw->bus;
     const auto found = std::ranges::find(bus.listeners_, raw, &std::shared_ptr<Listener>::get);
-    if (found == bus.listeners_.end()) return 0;
-    bus.judge(message, [&bus, weak = std::weak_ptr(*found)](sd_bus_message* signal, bool admitted) {
-        NSDistributedNotification notification;
-        if (admitted && readNotification(signal, notification)) {
-            bus.connection_.defer([weak, notification = std::move(notification)] {
-                const auto listener = weak.lock();
-                if (listener && !listener->ended.load(std::memory_order_relaxed))
-                    listener->handler(notification);
-            });
-        }
+    NSDistributedNotification notification;
+    if (found == bus.listeners_.end() || !readNotification(message, notification)) return 0;
+    bus.connection_.defer([weak = std::weak_ptr(*found), notification = std::move(notification)] {
+        const auto listener = weak.lock();
+        if (listener && !listener->ended.load(std::memory_order_relaxed)) listener->handler(notification);
     });
     return 0;
 }

@@ -20,6 +20,7 @@ using testkit::PrivateBus;
 
 constexpr const char* kTarget = "com.example.text-server";
 const std::string kTextServer = std::string(ZQ_TEST_PROGRAMS) + "/TextServer";
+const std::string kPlainPeer = std::string(ZQ_TEST_PROGRAMS) + "/PlainPeer";
 
 struct FailureLog final : SBApplicationDelegate {
     void eventDidFail(std::string_view event, const NSError& error) override {
@@ -245,6 +246,67 @@ TEST_F(SBApplicationTest, AnIdentifierIsServedByOneProcess) {
     EXPECT_EQ(NSScriptSuiteRegistry::serve("com.360.x", nullptr), ScriptingServeStatus::invalidIdentifier);
     ChildProcess second({kTextServer, kTarget});
     EXPECT_EQ(second.readLine(), "refused");
+}
+
+TEST_F(SBApplicationTest, AnyBusToolCanCallAServer) {
+    const auto server = startServer();
+    const auto ask = [](const std::string& text) {
+        ChildProcess peer({kPlainPeer, "call", kTarget, "/com/example/text_server", text});
+        return peer.readLine().value_or("no line");
+    };
+    EXPECT_EQ(ask("你好"), "你好");
+    EXPECT_EQ(ask("thread"), "from a thread");
+    EXPECT_EQ(ask("repeat 100000"), std::string(100'000, 'x')) << "no file for whoever asked with a text";
+    for (const char* text : {"nothing", "drop", "bad answer"})
+        EXPECT_EQ(ask(text), "error com.tessara.ZQCore.Scripting.Error.NoResult") << text;
+}
+
+TEST_F(SBApplicationTest, AnyBusToolCanBeAServer) {
+    ChildProcess peer({kPlainPeer, "serve", kTarget, "/com/example/text_server"});
+    ASSERT_EQ(peer.readLine(), "serving");
+    const auto app = application();
+    ASSERT_TRUE(app);
+    EXPECT_TRUE(app->respondsToSelector("request:"));
+    const std::string large(1 << 20, 'a');
+    EXPECT_EQ(app->request("hello"), "hello");
+    EXPECT_TRUE(app->request(large) == large) << "no file for whoever takes only texts";
+
+    struct Case {
+        std::string error;
+        long code;
+    };
+    const std::string prefix = "org.freedesktop.DBus.Error.";
+    for (const auto& [error, code] : {Case{prefix + "AccessDenied", -1743},
+                                      {prefix + "AuthFailed", -1743},
+                                      {prefix + "UnknownMethod", -1708},
+                                      {prefix + "UnknownObject", -1708},
+                                      {prefix + "NoReply", -1712},
+                                      {prefix + "TimedOut", -1712},
+                                      {prefix + "NameHasNoOwner", -600},
+                                      {prefix + "Spawn.ExecFailed", -600},
+                                      {prefix + "Disconnected", -609},
+                                      {prefix + "InvalidArgs", -1715},
+                                      {"com.example.Own", -1708}}) {
+        EXPECT_EQ(app->request("error " + error), std::nullopt);
+        EXPECT_EQ(failures->lastCode(), code) << error;
+        EXPECT_EQ(failures->errors.back().localizedDescription(), error + ": on purpose")
+            << "the reason stays";
+    }
+}
+
+TEST_F(SBApplicationTest, ARunningTargetWithoutTheCommandIsKnown) {
+    ChildProcess peer({kPlainPeer, "serve", kTarget, ""});
+    ASSERT_EQ(peer.readLine(), "serving");
+    const auto app = application();
+    ASSERT_TRUE(app);
+    EXPECT_TRUE(app->isRunning());
+    EXPECT_FALSE(app->respondsToSelector("request:"));
+    EXPECT_EQ(app->request("hello"), std::nullopt);
+    EXPECT_EQ(failures->lastCode(), -1708);
+    // The next owner of the name is asked anew.
+    peer.kill();
+    const auto server = startServer();
+    EXPECT_TRUE(app->respondsToSelector("request:"));
 }
 
 }  // namespace

@@ -1,0 +1,77 @@
+// A peer that knows nothing of this library, only the bus: plain sd-bus in either role.
+// Usage: PlainPeer serve IDENTIFIER PATH      prints "serving"; answers `request(s)` with the same text, and
+//                                             "error NAME" with that error
+//        PlainPeer call IDENTIFIER PATH TEXT  prints the answer, or "error NAME"
+//        PlainPeer post NAME OBJECT JSON      posts a notification with the JSON under "request"
+#include <systemd/sd-bus.h>
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr const char* kInterface = "com.tessara.ZQCore.Scripting";
+
+int onRequest(sd_bus_message* message, void*, sd_bus_error* error) {
+    const char* text = nullptr;
+    if (sd_bus_message_read(message, "s", &text) < 0) return -EINVAL;
+    if (std::strncmp(text, "error ", 6) == 0) return sd_bus_error_set(error, text + 6, "on purpose");
+    return sd_bus_reply_method_return(message, "s", text);
+}
+
+int serve(sd_bus* bus, const char* identifier, const char* path) {
+    static const std::array<sd_bus_vtable, 3> table{{
+        SD_BUS_VTABLE_START(0),
+        SD_BUS_METHOD("request", "s", "s", &onRequest, SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_VTABLE_END,
+    }};
+    // Without a path there is an object, but none with the command.
+    if (*path && sd_bus_add_object_vtable(bus, nullptr, path, kInterface, table.data(), nullptr) < 0)
+        return 1;
+    if (sd_bus_request_name(bus, identifier, 0) < 0) return 1;
+    std::puts("serving");
+    std::fflush(stdout);
+    for (;;) {
+        const int progress = sd_bus_process(bus, nullptr);
+        if (progress < 0) return 1;
+        if (progress == 0 && sd_bus_wait(bus, UINT64_MAX) < 0) return 1;
+    }
+}
+
+int call(sd_bus* bus, const char* identifier, const char* path, const char* text) {
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_message* answer = nullptr;
+    if (sd_bus_call_method(bus, identifier, path, kInterface, "request", &error, &answer, "s", text) < 0) {
+        std::printf("error %s\n", error.name);
+        return 1;
+    }
+    const char* result = nullptr;
+    if (sd_bus_message_read(answer, "s", &result) < 0) return 1;
+    std::printf("%s\n", result);
+    return 0;
+}
+
+int post(sd_bus* bus, const char* name, const char* object, const char* json) {
+    constexpr const char* kCenter = "com.tessara.ZQCore.DistributedNotificationCenter";
+    const bool hasObject = *object != '\0';
+    const int sent = hasObject ? sd_bus_emit_signal(bus, "/plain", kCenter, "Posted", "sava{sv}", name, 1,
+                                                    "s", object, 1, "request", "s", json)
+                               : sd_bus_emit_signal(bus, "/plain", kCenter, "Posted", "sava{sv}", name, 0, 1,
+                                                    "request", "s", json);
+    return sent < 0 || sd_bus_flush(bus) < 0 ? 1 : 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    sd_bus* bus = nullptr;
+    if (argc < 4 || sd_bus_open_user(&bus) < 0) return 2;
+    const std::string_view role = argv[1];
+    if (role == "serve") return serve(bus, argv[2], argv[3]);
+    if (role == "call" && argc == 5) return call(bus, argv[2], argv[3], argv[4]);
+    if (role == "post" && argc == 5) return post(bus, argv[2], argv[3], argv[4]);
+    return 2;
+}
