@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Platform/Scripting/NSWorkspace.h"
 #include "Platform/Scripting/ScriptingBus.h"
 
 namespace zqcore::platform {
@@ -12,8 +13,10 @@ constexpr std::string_view kRequestSelector = "request:";
 }  // namespace
 
 std::shared_ptr<SBApplication> SBApplication::make(std::string bundleIdentifier) {
-    auto& bus = ScriptingBus::current();
-    if (!bus.nameHasOwner(bundleIdentifier) && !bus.isActivatable(bundleIdentifier)) return nullptr;
+    // Who serves is commonly known without a question; the desktop's files and the bus are asked about the rest.
+    if (!ScriptingBus::current().nameHasOwner(bundleIdentifier) &&
+        !NSWorkspace::shared().URLForApplicationWithBundleIdentifier(bundleIdentifier))
+        return nullptr;
     return std::shared_ptr<SBApplication>(new SBApplication(std::move(bundleIdentifier)));
 }
 
