@@ -1,0 +1,152 @@
+#include "Classes/Core/Category/EmojiScanner.h"
+
+#include <array>
+#include <bit>
+#include <cstring>
+
+#include "Platform/Foundation/Text/ComposedCharacters.h"
+#include "Platform/Foundation/Text/Utf8.h"
+
+namespace zqcore {
+namespace {
+
+constexpr char32_t kVariationSelector = 0xFE0F;
+constexpr char32_t kKeycapMark = 0x20E3;
+constexpr std::string_view kSelectorThenMark = "\xEF\xB8\x8F\xE2\x83\xA3";
+constexpr std::string_view kMarkThenSelector = "\xE2\x83\xA3\xEF\xB8\x8F";
+
+constexpr bool within(char32_t scalar, char32_t first, char32_t last) {
+    return scalar >= first && scalar <= last;
+}
+
+using Block = std::uint8_t __attribute__((vector_size(16)));
+constexpr std::size_t kBlock = sizeof(Block);
+
+Block load(const char* bytes) noexcept {
+    Block block;
+    std::memcpy(&block, bytes, kBlock);
+    return block;
+}
+
+/// Where in a block of comparison results the first match lies; the block's size if nowhere.
+std::size_t firstMatch(Block matches) noexcept {
+    const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(matches);
+    static_assert(std::endian::native == std::endian::little);
+    if (halves[0] != 0) return static_cast<std::size_t>(std::countr_zero(halves[0])) / 8;
+    if (halves[1] != 0) return 8 + static_cast<std::size_t>(std::countr_zero(halves[1])) / 8;
+    return kBlock;
+}
+
+/// Marks where the bytes may begin a character that counts, or the keycap mark: never misses one, and hits
+/// little else. `b0`, `b1` and `b2` are the same text, each shifted by a byte.
+Block mayBegin(Block b0, Block b1, Block b2) noexcept {
+    const auto fourBytes = (b0 == 0xF0) & (b1 >= 0x9D) & (b1 <= 0x9F);
+    // U+2100 to U+27FF and the arrows and shapes behind them; of general punctuation only what is listed.
+    const auto symbols = (b0 == 0xE2) & (b1 >= 0x83) & (b1 <= 0xAD);
+    const auto punctuation = (b0 == 0xE2) & (b1 <= 0x81) & ((b2 == 0x8D) | (b2 == 0xBC) | (b2 == 0x89));
+    const auto eastAsian =
+        (b0 == 0xE3) & ((b2 == 0x84) | (b2 == 0x97) | (b2 == 0x99) | (b2 == 0xB0) | (b2 == 0xBD));
+    const auto selector = (b0 == 0xEF) & (b2 == 0x8F);
+    const auto latin = (b0 == 0xC2) & ((b1 == 0xA9) | (b1 == 0xAE));
+    const auto georgian = (b0 == 0xE1) & (b2 == 0xA6);
+    return (Block)(fourBytes | symbols | punctuation | eastAsian | selector | latin | georgian);
+}
+
+bool isCandidate(char32_t scalar) noexcept { return countsAsEmoji(scalar) || scalar == kKeycapMark; }
+
+}  // namespace
+
+bool countsAsEmoji(char32_t scalar) noexcept {
+    return within(scalar, 0x2100, 0x27BF) || within(scalar, 0x1D000, 0x1F77F) || isListedEmoji(scalar);
+}
+
+bool isListedEmoji(char32_t scalar) noexcept {
+    // The list is of UTF-16 units; these are all that can begin a text, the last two as high surrogates.
+    switch (scalar < 0x10000 ? scalar : 0xD7C0 + (scalar >> 10U)) {
+        case 0x00A9:
+        case 0x00AE:
+        case 0x10E6:
+        case 0x200D:
+        case 0x203C:
+        case 0x2049:
+        case 0x2640:
+        case 0x2642:
+        case 0x27F9:
+        case 0x2934:
+        case 0x2935:
+        case 0x2B05:
+        case 0x2B06:
+        case 0x2B07:
+        case 0x2B1B:
+        case 0x2B1C:
+        case 0x2B50:
+        case 0x2B55:
+        case 0x3030:
+        case 0x303D:
+        case 0x30C4:
+        case 0x3297:
+        case 0x3299:
+        case 0xFE0F:
+        case 0xD83C:
+        case 0xD83E:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool isListedKeycap(std::string_view text) noexcept {
+    if (text.size() != 1 + kSelectorThenMark.size()) return false;
+    const char key = text[0];
+    const auto mark = text.substr(1);
+    if (key == '*') return mark == kSelectorThenMark;
+    return (key == '#' || (key >= '0' && key <= '9')) &&
+           (mark == kSelectorThenMark || mark == kMarkThenSelector);
+}
+
+std::size_t EmojiScanner::candidate(std::size_t from) const noexcept {
+    std::size_t position = from;
+    while (position + kBlock + 2 <= text_.size()) {
+        const char* bytes = text_.data() + position;
+        const std::size_t match = firstMatch(mayBegin(load(bytes), load(bytes + 1), load(bytes + 2)));
+        position += match;
+        if (match == kBlock) continue;
+        if (isCandidate(firstScalar(text_.substr(position)).value)) return position;
+        ++position;
+    }
+    while (position < text_.size() && !isCandidate(firstScalar(text_.substr(position)).value)) ++position;
+    return position;
+}
+
+/// The keycap that the selector or mark at `mark` belongs to.
+std::optional<EmojiScanner::Found> EmojiScanner::keycapAround(std::size_t mark) const {
+    if (mark <= floor_) return std::nullopt;
+    const std::size_t begin = mark - 1;
+    const auto keycap = text_.substr(begin, 1 + kSelectorThenMark.size());
+    if (!isListedKeycap(keycap)) return std::nullopt;
+    if (!composedSequenceBegins(text_, floor_, begin)) return std::nullopt;
+    const std::size_t end = composedSequenceEnd(text_, begin);
+    if (end != begin + keycap.size()) return std::nullopt;
+    return Found{begin, end};
+}
+
+std::optional<EmojiScanner::Found> EmojiScanner::next() {
+    for (;;) {
+        const std::size_t begin = candidate(position_);
+        if (begin >= text_.size()) return std::nullopt;
+        const auto scalar = firstScalar(text_.substr(begin));
+        std::optional<Found> found;
+        if (scalar.value != kKeycapMark && composedSequenceBegins(text_, floor_, begin)) {
+            found = Found{begin, composedSequenceEnd(text_, begin)};
+        } else if (scalar.value == kKeycapMark || scalar.value == kVariationSelector) {
+            found = keycapAround(begin);
+        }
+        if (found) {
+            position_ = floor_ = found->end;
+            return found;
+        }
+        position_ = begin + scalar.length;
+    }
+}
+
+}  // namespace zqcore
