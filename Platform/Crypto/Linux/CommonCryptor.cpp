@@ -1,0 +1,86 @@
+#include "Platform/Crypto/CommonCryptor.h"
+
+#include <openssl/err.h>
+
+#include <algorithm>
+
+#include "Platform/Crypto/CryptoKit.h"
+#include "Platform/Crypto/Linux/EvpHandles.h"
+
+namespace zqcore::platform {
+namespace {
+
+// The library counts in int; whole blocks at a time keep the stream in step.
+constexpr std::size_t kLargestStep = std::size_t{1} << 30U;
+
+const EVP_CIPHER* cipher() {
+    static const EVP_CIPHER* const fetched = EVP_CIPHER_fetch(nullptr, "AES-256-CBC", nullptr);
+    return fetched;
+}
+
+EVP_CIPHER_CTX* threadContext() {
+    thread_local const CipherContext context(EVP_CIPHER_CTX_new());
+    return context.get();
+}
+
+/// The bytes and the place they go to; advances both.
+bool update(EVP_CIPHER_CTX* context, std::span<const std::uint8_t> input, std::uint8_t*& output) {
+    while (!input.empty()) {
+        const auto step = std::min(input.size(), kLargestStep);
+        int produced = 0;
+        if (EVP_CipherUpdate(context, output, &produced, input.data(), static_cast<int>(step)) != 1) {
+            return false;
+        }
+        output += produced;
+        input = input.subspan(step);
+    }
+    return true;
+}
+
+CCCryptorStatus run(EVP_CIPHER_CTX* context, CCOperation operation, std::span<const std::uint8_t> key,
+                    std::span<const std::uint8_t> initialVector, std::span<const std::uint8_t> dataIn,
+                    std::uint8_t* dataOut, std::size_t& dataOutMoved) {
+    if (EVP_CipherInit_ex2(context, cipher(), key.data(), initialVector.data(), operation == kCCEncrypt,
+                           nullptr) != 1) {
+        return kCCUnspecifiedError;
+    }
+    auto* output = dataOut;
+    if (!update(context, dataIn, output)) return kCCUnspecifiedError;
+    int produced = 0;
+    if (EVP_CipherFinal_ex(context, output, &produced) != 1) {
+        return operation == kCCDecrypt ? kCCDecodeError : kCCUnspecifiedError;
+    }
+    dataOutMoved = static_cast<std::size_t>(output + produced - dataOut);
+    return kCCSuccess;
+}
+
+}  // namespace
+
+CCCryptorStatus CCCrypt(CCOperation operation, CCAlgorithm algorithm, CCOptions options,
+                        std::span<const std::uint8_t> key, std::span<const std::uint8_t> initialVector,
+                        std::span<const std::uint8_t> dataIn, std::span<std::uint8_t> dataOut,
+                        std::size_t& dataOutMoved) {
+    dataOutMoved = 0;
+    if (algorithm != kCCAlgorithmAES || options != kCCOptionPKCS7Padding) return kCCUnimplemented;
+    if (key.size() != kCCKeySizeAES256) return kCCKeySizeError;
+    if (initialVector.size() != kCCBlockSizeAES128) return kCCParamError;
+    std::size_t room = dataIn.size();
+    if (operation == kCCEncrypt) {
+        room = (dataIn.size() / kCCBlockSizeAES128 + 1) * kCCBlockSizeAES128;
+    } else if (dataIn.empty() || dataIn.size() % kCCBlockSizeAES128 != 0) {
+        return kCCAlignmentError;
+    }
+    if (dataOut.size() < room) return kCCBufferTooSmall;
+    auto* context = threadContext();
+    if (!context || !cipher()) return kCCUnspecifiedError;
+
+    // A failure puts entries into the thread's error queue, which belongs to whoever else uses the library.
+    ERR_set_mark();
+    const auto status = run(context, operation, key, initialVector, dataIn, dataOut.data(), dataOutMoved);
+    ERR_pop_to_mark();
+    EVP_CIPHER_CTX_reset(context);
+    if (status != kCCSuccess) wipe(dataOut.first(room));
+    return status;
+}
+
+}  // namespace zqcore::platform
