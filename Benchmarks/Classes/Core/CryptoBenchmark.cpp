@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "Classes/Core/Utility/Crypto/ZQCrypto.h"
 
@@ -16,25 +17,24 @@ namespace {
 
 using Bytes = std::unique_ptr<unsigned char[]>;
 
-Data plain(const benchmark::State& state) {
-    return Data(std::string(static_cast<std::size_t>(state.range(0)), 'x'));
-}
+Data plain(std::size_t size) { return Data(std::string(size, 'x')); }
 const Data& key() {
     static const Data bytes(std::string("a key of some thirty-two bytes.."));
     return bytes;
 }
 
-void finish(benchmark::State& state) { state.SetBytesProcessed(state.iterations() * state.range(0)); }
-
-void BM_SHA256_Ours(benchmark::State& state) {
-    const auto data = plain(state);
-    for (auto _ : state) benchmark::DoNotOptimize(ZQCrypto::sha256(data));
-    finish(state);
+void finish(benchmark::State& state, std::size_t size) {
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size));
 }
-BENCHMARK(BM_SHA256_Ours)->Arg(64)->Arg(4096)->Arg(4 << 20);
 
-void BM_SHA256_Libcrypto(benchmark::State& state) {
-    const auto data = plain(state);
+void sha256Ours(benchmark::State& state, std::size_t size) {
+    const auto data = plain(size);
+    for (auto _ : state) benchmark::DoNotOptimize(ZQCrypto::sha256(data));
+    finish(state, size);
+}
+
+void sha256Libcrypto(benchmark::State& state, std::size_t size) {
+    const auto data = plain(size);
     EVP_MD* const digest = EVP_MD_fetch(nullptr, "SHA256", nullptr);
     EVP_MD_CTX* const context = EVP_MD_CTX_new();
     for (auto _ : state) {
@@ -46,19 +46,17 @@ void BM_SHA256_Libcrypto(benchmark::State& state) {
     }
     EVP_MD_CTX_free(context);
     EVP_MD_free(digest);
-    finish(state);
+    finish(state, size);
 }
-BENCHMARK(BM_SHA256_Libcrypto)->Arg(64)->Arg(4096)->Arg(4 << 20);
 
-void BM_HMACSHA256_Ours(benchmark::State& state) {
-    const auto data = plain(state);
+void hmacOurs(benchmark::State& state, std::size_t size) {
+    const auto data = plain(size);
     for (auto _ : state) benchmark::DoNotOptimize(ZQCrypto::hmacSHA256(data, key()));
-    finish(state);
+    finish(state, size);
 }
-BENCHMARK(BM_HMACSHA256_Ours)->Arg(64)->Arg(4096)->Arg(4 << 20);
 
-void BM_HMACSHA256_Libcrypto(benchmark::State& state) {
-    const auto data = plain(state);
+void hmacLibcrypto(benchmark::State& state, std::size_t size) {
+    const auto data = plain(size);
     EVP_MAC* const mac = EVP_MAC_fetch(nullptr, "HMAC", nullptr);
     EVP_MAC_CTX* const context = EVP_MAC_CTX_new(mac);
     char name[] = "SHA256";
@@ -75,26 +73,23 @@ void BM_HMACSHA256_Libcrypto(benchmark::State& state) {
     }
     EVP_MAC_CTX_free(context);
     EVP_MAC_free(mac);
-    finish(state);
+    finish(state, size);
 }
-BENCHMARK(BM_HMACSHA256_Libcrypto)->Arg(64)->Arg(4096)->Arg(4 << 20);
 
-void BM_AESEncrypt_Ours(benchmark::State& state) {
-    const auto data = plain(state);
+void encryptOurs(benchmark::State& state, std::size_t size) {
+    const auto data = plain(size);
     for (auto _ : state) benchmark::DoNotOptimize(ZQCrypto::aesCBCEncrypt(data, key()));
-    finish(state);
+    finish(state, size);
 }
-BENCHMARK(BM_AESEncrypt_Ours)->Arg(64)->Arg(4096)->Arg(4 << 20);
 
-void BM_AESDecrypt_Ours(benchmark::State& state) {
-    const auto data = ZQCrypto::aesCBCEncrypt(plain(state), key())->data();
+void decryptOurs(benchmark::State& state, std::size_t size) {
+    const auto data = ZQCrypto::aesCBCEncrypt(plain(size), key())->data();
     for (auto _ : state) benchmark::DoNotOptimize(ZQCrypto::aesCBCDecrypt(data, key()));
-    finish(state);
+    finish(state, size);
 }
-BENCHMARK(BM_AESDecrypt_Ours)->Arg(64)->Arg(4096)->Arg(4 << 20);
 
 /// The same scheme: the digest that key and vector come from, and the cipher.
-void cryptByLibcrypto(benchmark::State& state, const Data& data, bool encrypt) {
+void cryptByLibcrypto(benchmark::State& state, std::size_t size, const Data& data, bool encrypt) {
     EVP_MD* const digest = EVP_MD_fetch(nullptr, "SHA384", nullptr);
     EVP_CIPHER* const cipher = EVP_CIPHER_fetch(nullptr, "AES-256-CBC", nullptr);
     EVP_MD_CTX* const digestContext = EVP_MD_CTX_new();
@@ -116,16 +111,36 @@ void cryptByLibcrypto(benchmark::State& state, const Data& data, bool encrypt) {
     EVP_MD_CTX_free(digestContext);
     EVP_CIPHER_free(cipher);
     EVP_MD_free(digest);
-    finish(state);
+    finish(state, size);
 }
 
-void BM_AESEncrypt_Libcrypto(benchmark::State& state) { cryptByLibcrypto(state, plain(state), true); }
-BENCHMARK(BM_AESEncrypt_Libcrypto)->Arg(64)->Arg(4096)->Arg(4 << 20);
-
-void BM_AESDecrypt_Libcrypto(benchmark::State& state) {
-    cryptByLibcrypto(state, ZQCrypto::aesCBCEncrypt(plain(state), key())->data(), false);
+void encryptLibcrypto(benchmark::State& state, std::size_t size) {
+    cryptByLibcrypto(state, size, plain(size), true);
 }
-BENCHMARK(BM_AESDecrypt_Libcrypto)->Arg(64)->Arg(4096)->Arg(4 << 20);
+
+void decryptLibcrypto(benchmark::State& state, std::size_t size) {
+    cryptByLibcrypto(state, size, ZQCrypto::aesCBCEncrypt(plain(size), key())->data(), false);
+}
+
+const bool registered = [] {
+    using Run = void (*)(benchmark::State&, std::size_t);
+    const struct {
+        const char* group;
+        Run ours, libcrypto;
+    } kRuns[] = {{"crypto/sha256", sha256Ours, sha256Libcrypto},
+                 {"crypto/hmac", hmacOurs, hmacLibcrypto},
+                 {"crypto/encrypt", encryptOurs, encryptLibcrypto},
+                 {"crypto/decrypt", decryptOurs, decryptLibcrypto}};
+    constexpr std::pair<const char*, std::size_t> kSizes[] = {{"64", 64}, {"4k", 4096}, {"4mb", 4 << 20}};
+    for (const auto& [group, ours, libcrypto] : kRuns) {
+        for (const auto& [name, size] : kSizes) {
+            const auto full = std::string(group) + "/" + name;
+            benchmark::RegisterBenchmark((full + "/ours").c_str(), ours, size);
+            benchmark::RegisterBenchmark((full + "/libcrypto").c_str(), libcrypto, size);
+        }
+    }
+    return true;
+}();
 
 }  // namespace
 }  // namespace zqcore

@@ -62,7 +62,11 @@ std::vector<std::string> zq_allEmojiRanges(std::string_view text) {
     enumerateEmoji(text, [&](EmojiScanner::Found found, std::string_view emoji) {
         location += utf16Length(text.substr(counted, found.begin - counted));
         const std::size_t length = utf16Length(emoji);
-        result.push_back("{" + std::to_string(location) + ", " + std::to_string(length) + "}");
+        auto& range = result.emplace_back("{");
+        range += std::to_string(location);
+        range += ", ";
+        range += std::to_string(length);
+        range += '}';
         location += length;
         counted = found.end;
     });

@@ -1,13 +1,16 @@
 #include "Classes/Core/Utility/Crypto/ZQCrypto.h"
 
 #include <cstdint>
+#include <source_location>
 #include <span>
 
 #include "Classes/Core/Utility/ZQConvert.h"
 #include "Classes/Log/Log/ZQLog.h"
+#include "Classes/Log/Log/ZQManagerForLog.h"
 #include "Platform/Crypto/CommonCryptor.h"
 #include "Platform/Crypto/CryptoKit.h"
 #include "Platform/Foundation/Text/Utf8.h"
+#include "Platform/Lumberjack/DDLog.h"
 
 namespace zqcore {
 namespace {
@@ -38,12 +41,16 @@ Result authenticated(HashFunction function, const Data& data, const Data& keyDat
     return Result(CryptoKit::authenticationCode(function, data.bytes(), keyData.bytes()));
 }
 
-void logFailure(CCOperation operation, CCCryptorStatus status) {
-    if (operation == kCCEncrypt) {
-        ZQLogError([&] { return "Encrypt Error! " + std::to_string(status); });
-    } else {
-        ZQLogError([&] { return "Decrypt Error! " + std::to_string(status); });
-    }
+/// One line at error level that carries the failed operation's own name, not that of the helper it runs in.
+void logFailure(CCOperation operation, CCCryptorStatus status,
+                const std::source_location& where = std::source_location::current()) {
+    const auto level = logging::level();
+    if ((level & logging::kFlagError) == 0) return;
+    const bool encrypts = operation == kCCEncrypt;
+    ZQManagerForLog::sharedDDLog()->log(
+        ZQDefaultLogAsyncEnabled.load(std::memory_order_relaxed) != 0, level, logging::kFlagError, 0,
+        where.file_name(), encrypts ? "aesCBCEncrypt(data:keyData:)" : "aesCBCDecrypt(data:keyData:)",
+        where.line(), nullptr, (encrypts ? "Encrypt Error! " : "Decrypt Error! ") + std::to_string(status));
 }
 
 std::optional<Result> crypt(CCOperation operation, Bytes input, Bytes key) {

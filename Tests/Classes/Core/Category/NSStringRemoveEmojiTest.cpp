@@ -36,8 +36,9 @@ TEST(NSStringRemoveEmojiTest, JudgesEveryCharacterByItsFirstUnit) {
         const bool listed = units.contains(toUTF16(text)[0]);
         const bool ranged =
             scalar >= 0x10000 ? scalar >= 0x1D000 && scalar <= 0x1F77F : scalar >= 0x2100 && scalar <= 0x27BF;
-        ASSERT_EQ(isFuckEmoji(text), listed) << std::hex << static_cast<unsigned>(scalar);
-        ASSERT_EQ(zq_containsEmoji(text), listed || ranged) << std::hex << static_cast<unsigned>(scalar);
+        if (isFuckEmoji(text) != listed || zq_containsEmoji(text) != (listed || ranged)) {
+            ADD_FAILURE() << std::hex << static_cast<unsigned>(scalar);
+        }
     }
     EXPECT_FALSE(zq_containsEmoji(""));
     EXPECT_FALSE(zq_containsEmoji("a😀")) << "only the first character is looked at";

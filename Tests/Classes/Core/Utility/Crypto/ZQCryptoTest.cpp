@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Classes/Core/Utility/ZQConvert.h"
+#include "TestKit/LogCapture.h"
 
 namespace zqcore {
 namespace {
@@ -174,6 +175,25 @@ TEST(ZQCryptoTest, RefusesWhatIsNoInput) {
     EXPECT_EQ(zq_sha256HexLower("abc")->substr(0, 8), "ba7816bf");
 }
 
+TEST(ZQCryptoTest, FailedDecryptionLogsOneLineUnderItsOwnName) {
+    testkit::LogCapture capture;
+    EXPECT_FALSE(ZQCrypto::aesCBCEncrypt("", "key"));
+    EXPECT_FALSE(ZQCrypto::aesCBCDecrypt("!!", "key"));
+    EXPECT_TRUE(capture.silent()) << capture;
+    const auto encrypted = ZQCrypto::aesCBCEncrypt("some text", "key");
+    EXPECT_FALSE(ZQCrypto::aesCBCDecrypt(encrypted->base64(), "other")) << "its padding is no padding";
+    EXPECT_FALSE(ZQCrypto::aesCBCDecrypt("YWJj", "key")) << "no whole block";
+    const auto lines = capture.lines();
+    ASSERT_EQ(lines.size(), 2U) << capture;
+    EXPECT_EQ(lines[0].message, "Decrypt Error! -4304");
+    EXPECT_EQ(lines[1].message, "Decrypt Error! -4303");
+    for (const auto& line : lines) {
+        EXPECT_EQ(line.flag, testkit::LogCapture::error);
+        EXPECT_EQ(line.function, "aesCBCDecrypt(data:keyData:)");
+        EXPECT_EQ(line.fileName, "ZQCrypto");
+    }
+}
+
 TEST(ZQCryptoTest, ResultGivesItsForms) {
     const ZQCrypto::Result result(Data(std::string("\xE4\xBD\xA0\xFF", 4)));
     EXPECT_EQ(result.hexLower(), "e4bda0ff");
@@ -186,6 +206,7 @@ TEST(ZQCryptoTest, ResultGivesItsForms) {
 }
 
 TEST(ZQCryptoTest, ThreadsDontDisturbEachOther) {
+    testkit::LogCapture capture;
     const auto work = [](int seed, std::string& log) {
         for (int i = 0; i < 200; ++i) {
             const auto text = std::to_string(seed) + std::string(static_cast<std::size_t>(i), 'x');
