@@ -37,6 +37,19 @@ std::size_t firstMatch(Block matches) noexcept {
     return kBlock;
 }
 
+/// Where the next byte outside ASCII lies, in steps of four blocks: at most a step before it.
+std::size_t passASCII(std::string_view text, std::size_t position) noexcept {
+    while (position + 4 * kBlock <= text.size()) {
+        const char* bytes = text.data() + position;
+        const auto all =
+            load(bytes) | load(bytes + kBlock) | load(bytes + 2 * kBlock) | load(bytes + 3 * kBlock);
+        const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(all);
+        if ((halves[0] | halves[1]) & 0x8080808080808080U) break;
+        position += 4 * kBlock;
+    }
+    return position;
+}
+
 /// Marks where the bytes may begin a character that counts, or the keycap mark: never misses one, and hits
 /// little else. `b0`, `b1` and `b2` are the same text, each shifted by a byte.
 Block mayBegin(Block b0, Block b1, Block b2) noexcept {
@@ -52,11 +65,14 @@ Block mayBegin(Block b0, Block b1, Block b2) noexcept {
     return (Block)(fourBytes | symbols | punctuation | eastAsian | selector | latin | georgian);
 }
 
+bool isASCII(char byte) noexcept { return static_cast<signed char>(byte) >= 0; }
+
 bool isCandidate(char32_t scalar) noexcept { return countsAsEmoji(scalar) || scalar == kKeycapMark; }
 
 }  // namespace
 
 bool countsAsEmoji(char32_t scalar) noexcept {
+    if (scalar < 0x80) return false;
     return within(scalar, 0x2100, 0x27BF) || within(scalar, 0x1D000, 0x1F77F) || isListedEmoji(scalar);
 }
 
@@ -106,11 +122,16 @@ bool isListedKeycap(std::string_view text) noexcept {
 
 std::size_t EmojiScanner::candidate(std::size_t from) const noexcept {
     std::size_t position = from;
+    // Emoji like company.
+    if (from < text_.size() && isCandidate(firstScalar(text_.substr(from)).value)) return from;
     while (position + kBlock + 2 <= text_.size()) {
         const char* bytes = text_.data() + position;
         const std::size_t match = firstMatch(mayBegin(load(bytes), load(bytes + 1), load(bytes + 2)));
         position += match;
-        if (match == kBlock) continue;
+        if (match == kBlock) {
+            if (isASCII(bytes[kBlock - 1])) position = passASCII(text_, position);
+            continue;
+        }
         if (isCandidate(firstScalar(text_.substr(position)).value)) return position;
         ++position;
     }
@@ -136,7 +157,8 @@ std::optional<EmojiScanner::Found> EmojiScanner::next() {
         if (begin >= text_.size()) return std::nullopt;
         const auto scalar = firstScalar(text_.substr(begin));
         std::optional<Found> found;
-        if (scalar.value != kKeycapMark && composedSequenceBegins(text_, floor_, begin)) {
+        if (scalar.value != kKeycapMark &&
+            (begin == floor_ || composedSequenceBegins(text_, floor_, begin))) {
             found = Found{begin, composedSequenceEnd(text_, begin)};
         } else if (scalar.value == kKeycapMark || scalar.value == kVariationSelector) {
             found = keycapAround(begin);

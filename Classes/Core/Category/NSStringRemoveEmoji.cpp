@@ -40,7 +40,8 @@ std::string zq_stringByReplacingEmojiWithString(std::string_view text, std::stri
         result.append(replacement);
         copied = found.end;
     });
-    return result.append(text, copied);
+    result.append(text, copied);
+    return result;
 }
 
 std::string zq_allEmojiString(std::string_view text) {

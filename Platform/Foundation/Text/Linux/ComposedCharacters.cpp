@@ -2,6 +2,11 @@
 
 #include <unicode/uchar.h>
 
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
 #include "Platform/Foundation/Text/Linux/CharacterBreaks.h"
 #include "Platform/Foundation/Text/Utf8.h"
 
@@ -9,7 +14,7 @@ namespace zqcore::platform {
 namespace {
 
 /// What the rules of UAX #29 tell apart.
-enum class Kind {
+enum class Kind : std::uint8_t {
     other,        ///< joins with nothing but what extends it
     control,      ///< CR and LF among them
     extending,    ///< Extend
@@ -54,11 +59,28 @@ Kind kindByData(char32_t scalar) {
     return Kind::other;
 }
 
+constexpr std::size_t kPageSize = 256;
+using Page = std::array<Kind, kPageSize>;
+/// Kinds by pages of scalars, each looked up in the data when it is first needed: in a text of emoji a
+/// look-up for every scalar would be most of the work. Pages are never freed; a process meets a handful.
+std::array<std::atomic<const Page*>, 0x110000 / kPageSize> pages;
+
+[[gnu::noinline]] const Page* makePage(std::size_t index) {
+    auto made = std::make_unique<Page>();
+    for (std::size_t i = 0; i < kPageSize; ++i) {
+        (*made)[i] = kindByData(static_cast<char32_t>(index * kPageSize + i));
+    }
+    const Page* expected = nullptr;
+    if (!pages[index].compare_exchange_strong(expected, made.get(), std::memory_order_acq_rel))
+        return expected;
+    return made.release();
+}
+
 Kind kindOf(char32_t scalar) {
-    // What surrounds an emoji is mostly ASCII or Chinese, and needs no look into the data.
-    if (scalar < 0x80) return scalar < 0x20 || scalar == 0x7F ? Kind::control : Kind::other;
-    if (scalar >= 0x3400 && scalar < 0xA000) return Kind::other;
-    return kindByData(scalar);
+    const std::size_t index = scalar / kPageSize;
+    const auto* page = pages[index].load(std::memory_order_acquire);
+    if (!page) page = makePage(index);
+    return (*page)[scalar % kPageSize];
 }
 
 bool extends(Kind kind) {
