@@ -8,6 +8,7 @@
 #include "Classes/Log/Log/ZQConsoleLogFormatter.h"
 #include "Classes/Log/Log/ZQFileLogFormatter.h"
 #include "Classes/Log/Log/ZQLog.h"
+#include "Platform/Base/NSLog.h"
 #include "Platform/Foundation/NSBundle.h"
 #include "Platform/Foundation/NSPath.h"
 #include "Platform/Foundation/NSProcessInfo.h"
@@ -78,6 +79,9 @@ void ZQManagerForLog::initialize() {
         initializing = true;
         restoreLogLevel();
         DDOSLogger::sharedInstance()->setLogFormatter(std::make_shared<ZQConsoleLogFormatter>());
+        // Last: who reports while it holds what the set-up needs must not be sent here to wait for the
+        // set-up.
+        setNSLogHandler([](std::string_view line) { ZQLogError(line); });
         initializing = false;
     });
     logging::ready.store(true, std::memory_order_release);

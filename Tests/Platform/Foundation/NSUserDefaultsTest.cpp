@@ -26,8 +26,8 @@ std::vector<std::string>& reported() {
 class NSUserDefaultsTest : public testing::Test {
   protected:
     NSUserDefaultsTest() {
-        reported().clear();
         setNSLogHandler([](std::string_view line) { reported().emplace_back(line); });
+        reported().clear();
     }
     ~NSUserDefaultsTest() override { setNSLogHandler(nullptr); }
 
