@@ -1,35 +1,16 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <unordered_map>
-#include <vector>
+#include <optional>
+#include <string>
 
+#include "Platform/Foundation/BinaryPropertyListForm.h"
 #include "Platform/Foundation/PropertyListCoding.h"
 #include "Platform/Foundation/Text/Utf8.h"
-
-// The form: "bplist00"; objects, each a marker byte (kind and size) and its bytes, containers naming others
-// by number; a table of the objects' offsets; a trailer of 32 bytes with the sizes of offsets and numbers,
-// the count, the top object and the table's place. All numbers are big-endian.
 
 namespace zqcore::platform::propertylist {
 
 namespace {
-
-constexpr std::string_view kHeader = "bplist00";
-constexpr std::size_t kTrailer = 32;
-
-enum Marker : unsigned {
-    kFalse = 0x08,
-    kTrue = 0x09,
-    kInteger = 0x10,
-    kReal = 0x20,
-    kDate = 0x33,
-    kData = 0x40,
-    kASCII = 0x50,
-    kUTF16 = 0x60,
-    kArray = 0xA0,
-    kDictionary = 0xD0,
-};
 
 std::uint64_t number(std::string_view bytes) {
     std::uint64_t value = 0;
@@ -115,16 +96,24 @@ class Reader final {
         return true;
     }
 
-    bool object(std::uint64_t reference, Value& out, int depth) {
-        if (depth > kDepth) return fail("nested too deeply");
+    /// Finds an object: its marker, and where its bytes go on.
+    bool locate(std::uint64_t reference, unsigned& marker, std::size_t& at) {
         if (reference >= count_) return fail("a reference to nothing");
         if (!spend(sizeof(Value) / 2)) return false;
         const std::uint64_t offset = number(bytes_.substr(table_ + reference * offsetSize_, offsetSize_));
         std::string_view head;
         if (offset < kHeader.size()) return fail("an object outside its place");
         if (!slice(offset, 1, head)) return false;
-        const unsigned marker = static_cast<unsigned char>(head[0]);
-        const std::size_t at = offset + 1;
+        marker = static_cast<unsigned char>(head[0]);
+        at = offset + 1;
+        return true;
+    }
+
+    bool object(std::uint64_t reference, Value& out, int depth) {
+        unsigned marker = 0;
+        std::size_t at = 0;
+        if (depth > kDepth) return fail("nested too deeply");
+        if (!locate(reference, marker, at)) return false;
         switch (marker & 0xF0) {
             case 0x00:
                 if (marker != kTrue && marker != kFalse) return fail("an object that is no value");
@@ -135,10 +124,19 @@ class Reader final {
             case kReal:
             case kDate & 0xF0:
                 return realOrDate(marker, at, out);
-            case kData:
+            case kData: {
+                std::string_view content;
+                if (!slice(marker, at, 1, content)) return false;
+                out = Data(std::string(content));
+                return true;
+            }
             case kASCII:
-            case kUTF16:
-                return text(marker, at, out);
+            case kUTF16: {
+                std::string content;
+                if (!text(marker, at, content)) return false;
+                out = std::move(content);
+                return true;
+            }
             case kArray:
                 return array(marker, at, out, depth);
             case kDictionary:
@@ -189,16 +187,19 @@ class Reader final {
         return true;
     }
 
-    bool text(unsigned marker, std::size_t at, Value& out) {
+    /// The bytes of an object that counts units of `unit` bytes.
+    bool slice(unsigned marker, std::size_t at, std::size_t unit, std::string_view& out) {
         std::uint64_t size = 0;
-        std::string_view content;
         if (!length(marker, at, size)) return false;
+        if (size > bytes_.size()) return fail("an object reaches beyond its place");
+        return slice(at, size * unit, out) && spend(out.size());
+    }
+
+    bool text(unsigned marker, std::size_t at, std::string& out) {
         const bool wide = (marker & 0xF0) == kUTF16;
-        if (wide && size > bytes_.size() / 2) return fail("an object reaches beyond its place");
-        if (!slice(at, wide ? size * 2 : size, content) || !spend(content.size())) return false;
-        if ((marker & 0xF0) == kData) {
-            out = Data(std::string(content));
-        } else if (wide) {
+        std::string_view content;
+        if (!slice(marker, at, wide ? 2 : 1, content)) return false;
+        if (wide) {
             auto decoded = textOfUTF16(content);
             if (!decoded) return fail("a text with half a surrogate pair");
             out = *std::move(decoded);
@@ -233,16 +234,20 @@ class Reader final {
         if (!slice(at, 2 * size * referenceSize_, references)) return false;
         Value::Dictionary entries;
         for (std::size_t i = 0; i < size; ++i) {
-            Value key;
+            unsigned keyMarker = 0;
+            std::size_t keyAt = 0;
+            std::string key;
             Value value;
-            if (!object(number(references.substr(i * referenceSize_, referenceSize_)), key, depth + 1))
+            if (!locate(number(references.substr(i * referenceSize_, referenceSize_)), keyMarker, keyAt))
                 return false;
-            if (!key.asString()) return fail("a key that is no text");
-            if (!object(number(references.substr((size + i) * referenceSize_, referenceSize_)), value,
+            const unsigned kind = keyMarker & 0xF0;
+            if (kind != kASCII && kind != kUTF16) return fail("a key that is no text");
+            if (!text(keyMarker, keyAt, key) ||
+                !object(number(references.substr((size + i) * referenceSize_, referenceSize_)), value,
                         depth + 1)) {
                 return false;
             }
-            entries.insert(*key.asString(), std::move(value));
+            entries.insert(std::move(key), std::move(value));
         }
         out = std::move(entries);
         return true;
@@ -257,149 +262,8 @@ class Reader final {
     const char* error_ = "";
 };
 
-void appendNumber(std::string& out, std::uint64_t value, std::size_t size) {
-    for (std::size_t i = size; i-- > 0;) out += static_cast<char>(value >> (8 * i));
-}
-
-std::size_t bytesFor(std::uint64_t greatest) {
-    return greatest < 1U << 8 ? 1 : greatest < 1U << 16 ? 2 : greatest <= UINT32_MAX ? 4 : 8;
-}
-
-/// Numbers the objects from the top down, containers before what they hold, equal texts once; then writes
-/// them.
-class Writer final {
-  public:
-    std::string write(const Value& top) {
-        collect(top);
-        referenceSize_ = bytesFor(objects_.size());
-        out_ = kHeader;
-        std::vector<std::uint64_t> offsets;
-        offsets.reserve(objects_.size());
-        for (const auto& object : objects_) {
-            offsets.push_back(out_.size());
-            append(object);
-        }
-        const std::uint64_t table = out_.size();
-        const std::size_t offsetSize = bytesFor(table);
-        for (const std::uint64_t offset : offsets) appendNumber(out_, offset, offsetSize);
-        out_.append(6, '\0');
-        appendNumber(out_, offsetSize, 1);
-        appendNumber(out_, referenceSize_, 1);
-        appendNumber(out_, objects_.size(), 8);
-        appendNumber(out_, 0, 8);
-        appendNumber(out_, table, 8);
-        return std::move(out_);
-    }
-
-  private:
-    struct Object {
-        const Value* value = nullptr;
-        std::string_view text;
-        std::vector<std::uint64_t> references;
-    };
-
-    std::uint64_t collectText(std::string_view text) {
-        const auto [known, isNew] = texts_.try_emplace(text, objects_.size());
-        if (isNew) objects_.push_back({.value = nullptr, .text = text, .references = {}});
-        return known->second;
-    }
-
-    std::uint64_t collect(const Value& value) {
-        if (const auto* text = value.asString()) return collectText(*text);
-        const std::uint64_t own = objects_.size();
-        objects_.push_back({.value = &value, .text = {}, .references = {}});
-        std::vector<std::uint64_t> references;
-        if (const auto* array = value.asArray()) {
-            for (const auto& element : *array) references.push_back(collect(element));
-        } else if (const auto* dictionary = value.asDictionary()) {
-            for (const auto& entry : *dictionary) references.push_back(collectText(entry.first));
-            for (const auto& entry : *dictionary) references.push_back(collect(entry.second));
-        }
-        objects_[own].references = std::move(references);
-        return own;
-    }
-
-    void appendHead(unsigned kind, std::uint64_t size) {
-        if (size < 0x0F) {
-            appendNumber(out_, kind | size, 1);
-        } else {
-            appendNumber(out_, kind | 0x0F, 1);
-            appendInteger(static_cast<std::int64_t>(size));
-        }
-    }
-
-    void appendInteger(std::int64_t value) {
-        // Only eight bytes carry a sign.
-        const std::size_t size = value < 0 ? 8 : bytesFor(static_cast<std::uint64_t>(value));
-        appendNumber(out_, kInteger | static_cast<unsigned>(std::countr_zero(size)), 1);
-        appendNumber(out_, static_cast<std::uint64_t>(value), size);
-    }
-
-    void appendText(std::string_view text) {
-        if (isASCII(text)) {
-            appendHead(kASCII, text.size());
-            out_ += text;
-            return;
-        }
-        std::string units;
-        while (!text.empty()) {
-            const DecodedScalar decoded = firstScalar(text);
-            const std::uint32_t scalar = decoded.value;
-            text.remove_prefix(decoded.length);
-            if (scalar >= 0x10000) {
-                appendNumber(units, 0xD800 + ((scalar - 0x10000) >> 10), 2);
-                appendNumber(units, 0xDC00 + ((scalar - 0x10000) & 0x3FF), 2);
-            } else {
-                appendNumber(units, scalar, 2);
-            }
-        }
-        appendHead(kUTF16, units.size() / 2);
-        out_ += units;
-    }
-
-    void append(const Object& object) {
-        if (!object.value) {
-            appendText(object.text);
-            return;
-        }
-        const Value& value = *object.value;
-        if (const auto boolean = value.asBool()) {
-            appendNumber(out_, *boolean ? kTrue : kFalse, 1);
-        } else if (const auto integer = value.asInt64()) {
-            appendInteger(*integer);
-        } else if (const auto large = value.asUInt64()) {
-            appendNumber(out_, kInteger | 4U, 1);
-            appendNumber(out_, 0, 8);
-            appendNumber(out_, *large, 8);
-        } else if (const auto real = value.asReal()) {
-            appendNumber(out_, kReal | 3U, 1);
-            appendNumber(out_, std::bit_cast<std::uint64_t>(*real), 8);
-        } else if (const auto date = value.asDate()) {
-            appendNumber(out_, kDate, 1);
-            appendNumber(out_, std::bit_cast<std::uint64_t>(referenceOfDate(*date)), 8);
-        } else if (const auto* data = value.asData()) {
-            appendHead(kData, data->size());
-            out_ += data->view();
-        } else {
-            const bool isArray = value.asArray() != nullptr;
-            appendHead(isArray ? kArray : kDictionary,
-                       isArray ? object.references.size() : object.references.size() / 2);
-            for (const std::uint64_t reference : object.references) {
-                appendNumber(out_, reference, referenceSize_);
-            }
-        }
-    }
-
-    std::vector<Object> objects_;
-    std::unordered_map<std::string_view, std::uint64_t> texts_;
-    std::size_t referenceSize_ = 1;
-    std::string out_;
-};
-
 }  // namespace
 
 std::expected<Value, std::string> readBinary(std::string_view bytes) { return Reader(bytes).read(); }
-
-std::string writeBinary(const Value& value) { return Writer().write(value); }
 
 }  // namespace zqcore::platform::propertylist
