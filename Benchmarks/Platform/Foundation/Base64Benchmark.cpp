@@ -1,5 +1,5 @@
-// A picture in a text: 4 MB of bytes to base64 and back, beside copies of the same bytes, each into fresh
-// memory as a caller meets it.
+// A picture in a text: 4 MB of base64 and the bytes behind it, beside a copy of the same text, each into
+// fresh memory as a caller meets it. Sizes and speeds count the text.
 #include <benchmark/benchmark.h>
 
 #include <random>
@@ -11,9 +11,10 @@ namespace {
 
 using namespace zqcore::platform;
 
-std::string picture(std::int64_t size) {
+/// The bytes of a text of that size.
+std::string picture(std::int64_t textSize) {
     std::mt19937 random(7);
-    std::string bytes(static_cast<std::size_t>(size), '\0');
+    std::string bytes(static_cast<std::size_t>(textSize / 4 * 3), '\0');
     for (auto& byte : bytes) byte = static_cast<char>(random());
     return bytes;
 }
@@ -43,11 +44,11 @@ void Base64DecodeLines(benchmark::State& state) {
 }
 BENCHMARK(Base64DecodeLines)->Arg(4 << 20);
 
-void CopyOfTheBytes(benchmark::State& state) {
-    const auto bytes = picture(state.range(0));
-    for (auto _ : state) benchmark::DoNotOptimize(std::string(bytes));
+void CopyOfTheText(benchmark::State& state) {
+    const auto text = encodeBase64(picture(state.range(0)));
+    for (auto _ : state) benchmark::DoNotOptimize(std::string(text));
     count(state);
 }
-BENCHMARK(CopyOfTheBytes)->Arg(64)->Arg(4 << 10)->Arg(4 << 20);
+BENCHMARK(CopyOfTheText)->Arg(64)->Arg(4 << 10)->Arg(4 << 20);
 
 }  // namespace

@@ -44,12 +44,16 @@ std::string_view caseName(Status status) {
 bool fileExists(std::string_view path) { return NSFileManager::defaultManager().fileExistsAtPath(path); }
 
 /// A panel may give a path that is still encoded.
-std::string withBlanks(std::string path) {
+std::string withBlanks(std::string_view path) {
     constexpr std::string_view kEncodedBlank = "%20";
-    for (auto at = path.find(kEncodedBlank); at != std::string::npos; at = path.find(kEncodedBlank, at + 1)) {
-        path.replace(at, kEncodedBlank.size(), " ");
+    std::string plain;
+    plain.reserve(path.size());
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        const bool encoded = path.substr(i).starts_with(kEncodedBlank);
+        plain += encoded ? ' ' : path[i];
+        if (encoded) i += kEncodedBlank.size() - 1;
     }
-    return path;
+    return plain;
 }
 
 std::shared_ptr<NSOpenPanel> panelFor(const NSURL& folder) {

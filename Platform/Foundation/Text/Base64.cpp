@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <utility>
 
 #include "Platform/Foundation/Text/Base64Vector.h"
 
@@ -61,9 +62,10 @@ char* decode(const char* input, const char* inputEnd, char* output) noexcept {
     std::uint32_t bits = 0;
     unsigned letters = 0;  // of the quad under way
     std::size_t padding = 0;
+    bool tryBlocks = true;  // not again before the foreign character that stopped them is passed
     while (input != inputEnd) {
         if (letters == 0 && padding == 0) {
-            base64::decodeBlocks(input, inputEnd, output);
+            if (std::exchange(tryBlocks, false)) base64::decodeBlocks(input, inputEnd, output);
             if (decodeQuad(input, inputEnd, output)) continue;
             if (input == inputEnd) break;
         }
@@ -73,7 +75,10 @@ char* decode(const char* input, const char* inputEnd, char* output) noexcept {
             continue;
         }
         const std::uint8_t number = numberOf(character);
-        if (number == kForeign) continue;
+        if (number == kForeign) {
+            tryBlocks = true;
+            continue;
+        }
         if (padding > 0) return nullptr;
         bits = bits << 6U | number;
         if (++letters < 4) continue;

@@ -11,7 +11,8 @@ namespace zqcore::platform::base64 {
 #if defined(__x86_64__)
 namespace {
 
-#define ZQ_AVX2 __attribute__((target("avx2")))
+#define ZQ_AVX2 __attribute__((target("avx2"), always_inline)) inline
+#define ZQ_AVX2_ENTRY __attribute__((target("avx2")))
 
 bool hasAVX2() noexcept {
     static const bool has = __builtin_cpu_supports("avx2") != 0;
@@ -40,18 +41,44 @@ ZQ_AVX2 __m256i toAlphabet(__m256i numbers) noexcept {
     return _mm256_add_epi8(numbers, _mm256_shuffle_epi8(distances, range));
 }
 
-ZQ_AVX2 void encodeAVX2(const char*& input, const char* inputEnd, char*& output) noexcept {
+ZQ_AVX2 __m256i encoded(const char* input) noexcept {
+    const auto low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(input));
+    const auto high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(input + 12));
+    return toAlphabet(splitToSixBits(_mm256_set_m128i(high, low)));
+}
+
+ZQ_AVX2 void store(char* output, __m256i bytes) noexcept {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(output), bytes);
+}
+
+ZQ_AVX2_ENTRY void encodeAVX2(const char*& input, const char* inputEnd, char*& output) noexcept {
+    // Several blocks a turn, since each is a chain of instructions that wait for one another.
+    while (inputEnd - input >= 3 * 24 + 28) {
+        const auto a = encoded(input);
+        const auto b = encoded(input + 24);
+        const auto c = encoded(input + 48);
+        const auto d = encoded(input + 72);
+        store(output, a);
+        store(output + 32, b);
+        store(output + 64, c);
+        store(output + 96, d);
+        input += 96;
+        output += 128;
+    }
     while (inputEnd - input >= 28) {
-        const auto low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(input));
-        const auto high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(input + 12));
-        const auto text = toAlphabet(splitToSixBits(_mm256_set_m128i(high, low)));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(output), text);
+        store(output, encoded(input));
         input += 24;
         output += 32;
     }
 }
 
-ZQ_AVX2 void decodeAVX2(const char*& input, const char* inputEnd, char*& output) noexcept {
+/// 32 characters: bits that are set where one is foreign, and 12 bytes at the beginning of each lane.
+struct DecodedBlock {
+    __m256i foreign;
+    __m256i bytes;
+};
+
+ZQ_AVX2 DecodedBlock decoded(const char* input) noexcept {
     // A character is foreign if the bits of its two halves meet.
     const auto lowClass = both(_mm_setr_epi8(0x15, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x13,
                                              0x1A, 0x1B, 0x1B, 0x1B, 0x1A));
@@ -59,23 +86,50 @@ ZQ_AVX2 void decodeAVX2(const char*& input, const char* inputEnd, char*& output)
                                               0x10, 0x10, 0x10, 0x10, 0x10, 0x10));
     const auto distances = both(_mm_setr_epi8(0, 16, 19, 4, -65, -65, -71, -71, 0, 0, 0, 0, 0, 0, 0, 0));
     const auto packOrder = both(_mm_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1));
-    const auto laneOrder = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7);
     const auto slash = _mm256_set1_epi8(0x2F);
+    const auto text = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(input));
+    const auto highHalf = _mm256_and_si256(_mm256_srli_epi32(text, 4), slash);
+    const auto lowHalf = _mm256_and_si256(text, slash);
+    const auto foreign =
+        _mm256_and_si256(_mm256_shuffle_epi8(lowClass, lowHalf), _mm256_shuffle_epi8(highClass, highHalf));
+    const auto isSlash = _mm256_cmpeq_epi8(text, slash);
+    const auto distance = _mm256_shuffle_epi8(distances, _mm256_add_epi8(isSlash, highHalf));
+    const auto numbers = _mm256_add_epi8(text, distance);
+    const auto pairs = _mm256_maddubs_epi16(numbers, _mm256_set1_epi32(0x01400140));
+    const auto triples = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
+    const auto packed = _mm256_shuffle_epi8(triples, packOrder);
+    return {foreign, packed};
+}
+
+/// Cheaper than to move the lanes together first.
+ZQ_AVX2 void storeLanes(char* output, __m256i bytes) noexcept {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(output), _mm256_castsi256_si128(bytes));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(output + 12), _mm256_extracti128_si256(bytes, 1));
+}
+
+ZQ_AVX2 bool isZero(__m256i bits) noexcept { return _mm256_testz_si256(bits, bits) != 0; }
+
+ZQ_AVX2_ENTRY void decodeAVX2(const char*& input, const char* inputEnd, char*& output) noexcept {
+    while (inputEnd - input >= 128) {
+        const auto a = decoded(input);
+        const auto b = decoded(input + 32);
+        const auto c = decoded(input + 64);
+        const auto d = decoded(input + 96);
+        if (!isZero(_mm256_or_si256(_mm256_or_si256(a.foreign, b.foreign),
+                                    _mm256_or_si256(c.foreign, d.foreign)))) {
+            break;
+        }
+        storeLanes(output, a.bytes);
+        storeLanes(output + 24, b.bytes);
+        storeLanes(output + 48, c.bytes);
+        storeLanes(output + 72, d.bytes);
+        input += 128;
+        output += 96;
+    }
     while (inputEnd - input >= 32) {
-        const auto text = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(input));
-        const auto highHalf = _mm256_and_si256(_mm256_srli_epi32(text, 4), slash);
-        const auto lowHalf = _mm256_and_si256(text, slash);
-        const auto high = _mm256_shuffle_epi8(highClass, highHalf);
-        const auto low = _mm256_shuffle_epi8(lowClass, lowHalf);
-        if (!_mm256_testz_si256(low, high)) return;
-        const auto isSlash = _mm256_cmpeq_epi8(text, slash);
-        const auto distance = _mm256_shuffle_epi8(distances, _mm256_add_epi8(isSlash, highHalf));
-        const auto numbers = _mm256_add_epi8(text, distance);
-        const auto pairs = _mm256_maddubs_epi16(numbers, _mm256_set1_epi32(0x01400140));
-        const auto triples = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
-        const auto packed = _mm256_shuffle_epi8(triples, packOrder);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(output),
-                            _mm256_permutevar8x32_epi32(packed, laneOrder));
+        const auto block = decoded(input);
+        if (!isZero(block.foreign)) return;
+        storeLanes(output, block.bytes);
         input += 32;
         output += 24;
     }
