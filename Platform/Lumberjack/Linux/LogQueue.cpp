@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -32,7 +33,8 @@ constexpr std::uint32_t aligned(std::size_t size) { return static_cast<std::uint
 // For those who must not make the queue: null until it is first used.
 std::atomic<LogQueue*> used{nullptr};
 
-// Runs last of all at exit, so that lines of static destructors are written too.
+// Runs twice at exit: before the end of those statics that are older than the queue, and last of all, so that
+// what static destructors and other threads logged in between is written too.
 [[gnu::destructor]] void flushAtExit() {
     if (LogQueue* queue = used.load()) queue->sync([] {});
 }
@@ -48,6 +50,7 @@ LogQueue& LogQueue::shared() {
     static LogQueue& queue = [] -> LogQueue& {
         const auto& kept = *new std::shared_ptr<LogQueue>(new LogQueue, [](LogQueue*) {});
         used.store(kept.get());
+        std::atexit(flushAtExit);
         return *kept;
     }();
     return queue;

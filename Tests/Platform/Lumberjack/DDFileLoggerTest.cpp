@@ -9,6 +9,7 @@
 
 #include "Platform/Lumberjack/DDLogFileManagerDefault.h"
 #include "TestKit/ManualClock.h"
+#include "TestKit/ScratchFolder.h"
 #include "Tests/Platform/Lumberjack/LogTestSupport.h"
 
 namespace zqcore {
@@ -38,7 +39,7 @@ class DDFileLoggerTest : public testing::Test {
     [[nodiscard]] std::string at(std::string_view name) const { return path() + '/' + std::string(name); }
     [[nodiscard]] Names names() const {
         DDLog::flushLog();
-        return directory_.names();
+        return testing_support::namesIn(path());
     }
     [[nodiscard]] bool isArchived(std::string_view name) const {
         char mark = 0;
@@ -52,7 +53,7 @@ class DDFileLoggerTest : public testing::Test {
     testkit::ManualClock clock_;
 
   private:
-    testing_support::TemporaryDirectory directory_;
+    testkit::ScratchFolder directory_;
 };
 
 TEST_F(DDFileLoggerTest, MakesTheFileWithTheFirstLineAndEndsEachLine) {

@@ -15,6 +15,7 @@
 #include "Platform/Lumberjack/DDLogPendingLines.h"
 #include "TestKit/ChildProcess.h"
 #include "TestKit/ManualClock.h"
+#include "TestKit/ScratchFolder.h"
 #include "Tests/Platform/Lumberjack/LogTestSupport.h"
 
 namespace zqcore {
@@ -214,7 +215,7 @@ Lines linesIn(const std::string& directory) {
 
 TEST(DDLogTest, AnExitWritesOutAllThatWasLoggedAlsoByStaticDestructors) {
     for (const std::string_view way : {"return", "exit", "threads", "static"}) {
-        const testing_support::TemporaryDirectory directory;
+        const testkit::ScratchFolder directory;
         testkit::ChildProcess child({program(), std::string(way), directory.path()});
         ASSERT_EQ(child.wait(), 0) << way;
         const Lines lines = linesIn(directory.path());

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -14,29 +12,13 @@
 
 namespace zqcore::testing_support {
 
-/// A directory that goes with its object.
-class TemporaryDirectory {
-  public:
-    TemporaryDirectory() {
-        std::string pattern = std::filesystem::temp_directory_path() / "zqcore-log-XXXXXX";
-        path_ = ::mkdtemp(pattern.data());
-    }
-    ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
-    TemporaryDirectory(const TemporaryDirectory&) = delete;
-    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-    [[nodiscard]] const std::string& path() const { return path_; }
-    [[nodiscard]] std::vector<std::string> names() const {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(path_))
-            names.push_back(entry.path().filename());
-        std::ranges::sort(names);
-        return names;
-    }
-
-  private:
-    std::string path_;
-};
+inline std::vector<std::string> namesIn(const std::string& directory) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(directory))
+        names.push_back(entry.path().filename());
+    std::ranges::sort(names);
+    return names;
+}
 
 inline std::string contentOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
