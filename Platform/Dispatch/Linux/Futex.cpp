@@ -1,6 +1,7 @@
 #include "Platform/Dispatch/Linux/Futex.h"
 
 #include <linux/futex.h>
+#include <sched.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -24,6 +25,18 @@ bool futexWait(FutexWord& word, std::uint32_t expected,
 void futexWakeOne(FutexWord& word) noexcept {
     // The word may be gone by now; the kernel then answers with an error and nothing else happens.
     syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+}
+
+void BriefMutex::lockTaken() noexcept {
+    constexpr int kYields = 20;
+    for (int i = 0; i < kYields; ++i) {
+        std::uint32_t free = 0;
+        if (word_.load(std::memory_order_relaxed) == 0 &&
+            word_.compare_exchange_strong(free, 1, std::memory_order_acquire))
+            return;
+        sched_yield();
+    }
+    while (word_.exchange(kSleepers, std::memory_order_acquire) != 0) futexWait(word_, kSleepers);
 }
 
 }  // namespace zqcore::platform

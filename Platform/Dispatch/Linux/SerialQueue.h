@@ -1,17 +1,16 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Dispatch/Linux/Futex.h"
 #include "Platform/Dispatch/Linux/WorkerPool.h"
 
 namespace zqcore::platform {
-
-class OneShotSignal;
 
 /// A serial queue on the worker pool. Producers append to one list under a short lock; whoever owns the queue
 /// takes the whole list at once and runs it. The owner is a worker, or a thread inside `sync`: ownership
@@ -28,6 +27,7 @@ class SerialQueue final : public DispatchQueue, public Drainable {
     void drain(const std::shared_ptr<Drainable>& self) override;
 
   private:
+    void lingerForMore() noexcept;
     bool runBatch();
     bool takeBatchOrGo();
     bool ownNowOrWait();
@@ -37,14 +37,20 @@ class SerialQueue final : public DispatchQueue, public Drainable {
     const std::string label_;
     const DispatchQoS qos_;
 
-    std::mutex mutex_;
+    BriefMutex mutex_;
     std::vector<DispatchBlock> incoming_;
     // Somebody owns the queue, or it is on its way to a worker.
     bool owned_ = false;
+    // What a lingering owner reads without the lock: whether anything is in `incoming_`, and who put it
+    // there.
+    std::atomic<bool> hasIncoming_{false};
+    std::atomic<bool> foreignProducer_{false};
 
     // The owner's alone.
     std::vector<DispatchBlock> batch_;
     std::size_t next_ = 0;
+    int patience_ = 0;
+    unsigned restsSinceTried_ = 0;
     // Set by the block that stands for a waiting `sync`: whom to give the queue to.
     OneShotSignal* successor_ = nullptr;
 };

@@ -46,7 +46,7 @@ bool isOnProcessor(pid_t thread) {
 
 }  // namespace
 
-thread_local WorkerPool::Worker* WorkerPool::current_ = nullptr;
+thread_local constinit WorkerPool::Worker* WorkerPool::current_ = nullptr;
 
 WorkerPool& WorkerPool::shared() {
     // Never ended: workers run until the process is gone.
@@ -209,6 +209,8 @@ bool WorkerPool::rest(Worker& me, std::unique_lock<std::mutex>& lock) {
     lock.lock();
     return true;
 }
+
+bool WorkerPool::isWorker() noexcept { return current_ != nullptr; }
 
 bool WorkerPool::beginBlocking() noexcept {
     Worker* me = current_;

@@ -46,6 +46,9 @@ class WorkerPool final {
     /// Whether ready work waits for a thread: then a long runner had better make room. A hint.
     [[nodiscard]] bool contended() const noexcept { return ready_.load(std::memory_order_relaxed) != 0; }
 
+    /// Whether the calling thread is one of the pool's.
+    [[nodiscard]] static bool isWorker() noexcept;
+
     /// The calling thread is about to wait for something outside, or goes on. Give false on foreign threads.
     bool beginBlocking() noexcept;
     void endBlocking() noexcept;
