@@ -23,7 +23,7 @@ bool JSONCoder<CGPoint>::decode(JSONReader& reader, CGPoint& out) {
 }
 
 void JSONCoder<CGPoint>::encode(JSONWriter& writer, const CGPoint& value) {
-    writer.beginArray();
+    if (!writer.beginArray()) return;
     writer.element();
     writer.real(value.x);
     writer.element();

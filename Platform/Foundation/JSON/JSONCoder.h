@@ -153,7 +153,7 @@ struct JSONCoder<std::vector<T>> : jsondetail::ForwardNested<T> {
         }
     }
     static void encode(JSONWriter& writer, const std::vector<T>& value) {
-        writer.beginArray();
+        if (!writer.beginArray()) return;
         JSONWriter::PathScope path(writer);
         std::size_t index = 0;
         for (const auto& element : value) {

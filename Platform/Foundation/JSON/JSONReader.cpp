@@ -4,13 +4,29 @@
 #include <cstring>
 #include <utility>
 
-#include "Platform/Foundation/JSON/TextScan.h"
+#include "Platform/Foundation/JSON/JSONReaderScan.h"
+#include "Platform/Foundation/JSON/JSONRecord.h"
 
 namespace zqcore::platform {
 
 namespace {
 
 constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// Whether `size` bytes are the same; 4 at least, so that two loads that overlap see most keys whole.
+inline bool sameBytes(const char* a, const char* b, std::size_t size) {
+    if (size > 16) return std::memcmp(a, b, size) == 0;
+    const auto differ = [a, b, size]<class Word>(Word) {
+        const std::size_t last = size - sizeof(Word);
+        Word a1, a2, b1, b2;
+        std::memcpy(&a1, a, sizeof(Word));
+        std::memcpy(&b1, b, sizeof(Word));
+        std::memcpy(&a2, a + last, sizeof(Word));
+        std::memcpy(&b2, b + last, sizeof(Word));
+        return ((a1 ^ b1) | (a2 ^ b2)) != 0;
+    };
+    return size >= 8 ? !differ(std::uint64_t{}) : !differ(std::uint32_t{});
+}
 
 const char* nameOf(JSONReader::Kind kind) {
     static constexpr const char* names[] = {"null",     "a boolean", "a number",      "a string",
@@ -25,7 +41,7 @@ JSONReader::JSONReader(std::string_view text) noexcept
     if (text.starts_with("\xEF\xBB\xBF")) at_ += 3;
 }
 
-void JSONReader::skipBlanks() noexcept {
+inline void JSONReader::skipBlanks() noexcept {
     while (at_ < end_ && (*at_ == ' ' || *at_ == '\n' || *at_ == '\r' || *at_ == '\t')) ++at_;
 }
 
@@ -77,6 +93,43 @@ JSONReader::Kind JSONReader::peek() noexcept {
     }
 }
 
+bool JSONReader::takeText(std::string_view& out) {
+    RawText raw;
+    if (!scanString(raw)) return false;
+    if (raw.stop == raw.to) [[likely]] {
+        out = {raw.from, static_cast<std::size_t>(raw.to - raw.from)};
+    } else {
+        if (!unescape(raw, scratch_)) return false;
+        out = scratch_;
+    }
+    at_ = raw.to + 1;
+    return true;
+}
+
+bool JSONReader::readText(std::string_view& out) {
+    skipBlanks();
+    return at_ < end_ && *at_ == '"' ? takeText(out) : mismatch("a string");
+}
+
+bool JSONReader::readString(std::string& out) {
+    skipBlanks();
+    if (at_ == end_ || *at_ != '"') return mismatch("a string");
+    RawText raw;
+    if (!scanString(raw)) return false;
+    if (raw.stop == raw.to) [[likely]] {
+        out.assign(raw.from, static_cast<std::size_t>(raw.to - raw.from));
+    } else if (!unescape(raw, out)) {
+        return false;
+    }
+    at_ = raw.to + 1;
+    return true;
+}
+
+bool JSONReader::consumeNullHere() {
+    skipBlanks();
+    return at_ < end_ && *at_ == 'n' && word("null");
+}
+
 bool JSONReader::word(std::string_view text) {
     if (static_cast<std::size_t>(end_ - at_) < text.size() ||
         std::memcmp(at_, text.data(), text.size()) != 0) {
@@ -84,11 +137,6 @@ bool JSONReader::word(std::string_view text) {
     }
     at_ += text.size();
     return true;
-}
-
-bool JSONReader::consumeNull() {
-    skipBlanks();
-    return at_ < end_ && *at_ == 'n' && word("null");
 }
 
 bool JSONReader::readBool(bool& out) {
@@ -200,6 +248,25 @@ bool JSONReader::beginArray() {
     return enter();
 }
 
+std::size_t JSONReader::nextKnownKey(std::span<const JSONFieldInfo> fields, std::size_t from) {
+    const char* at = at_;
+    const char* const end = end_;
+    if (!fresh_) {
+        if (at == end || *at != ',') return fields.size();
+        ++at;
+    }
+    const auto left = static_cast<std::size_t>(end - at);
+    for (std::size_t i = from; i < fields.size(); ++i) {
+        const std::string_view key = fields[i].quotedKey;
+        if (left >= key.size() && sameBytes(at, key.data(), key.size())) {
+            fresh_ = false;
+            at_ = at + key.size();
+            return i;
+        }
+    }
+    return fields.size();
+}
+
 JSONReader::Step JSONReader::nextKey(std::string_view& key) {
     skipBlanks();
     const bool first = std::exchange(fresh_, false);
@@ -220,17 +287,7 @@ JSONReader::Step JSONReader::nextKey(std::string_view& key) {
         corrupted("expected a key");
         return Step::failed;
     }
-    const char* from = at_ + 1;
-    const char* to = nullptr;
-    bool escaped = false;
-    if (!scanString(to, escaped)) return Step::failed;
-    if (escaped) {
-        if (!unescape(from, to, keyText_)) return Step::failed;
-        key = keyText_;
-    } else {
-        key = {from, static_cast<std::size_t>(to - from)};
-    }
-    at_ = to + 1;
+    if (!takeText(key)) return Step::failed;
     skipBlanks();
     if (at_ == end_ || *at_ != ':') {
         corrupted("expected a colon");

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -12,6 +13,7 @@
 namespace zqcore::platform {
 
 class Value;
+struct JSONFieldInfo;
 
 /// Reads one JSON text (RFC 8259, UTF-8) from front to back, value by value, without a tree between: the seam
 /// behind which the parser stands. It is strict in all that it passes, also in what is skipped: no trailing
@@ -37,7 +39,10 @@ class ZQ_EXPORT JSONReader final {
     /// The kind of the next value by its first character; `invalid` when none begins here.
     [[nodiscard]] Kind peek() noexcept;
     /// Passes a null if one is next.
-    [[nodiscard]] bool consumeNull();
+    [[nodiscard]] bool consumeNull() {
+        // Most values begin at once and with something else.
+        return (at_ == end_ || static_cast<unsigned char>(*at_) <= ' ' || *at_ == 'n') && consumeNullHere();
+    }
 
     [[nodiscard]] bool readBool(bool& out);
     // Numbers by value: 1.0 and 1e2 are integers, 1.5 and 2^63 are not (`readInt64`).
@@ -46,6 +51,8 @@ class ZQ_EXPORT JSONReader final {
     [[nodiscard]] bool readDouble(double& out);
     [[nodiscard]] bool readNumber(JSONNumber& out);
     [[nodiscard]] bool readString(std::string& out);
+    /// The same without a copy where the text has no escapes; valid until the next call.
+    [[nodiscard]] bool readText(std::string_view& out);
     /// Any value as a generic one: integers exact within 64 bits, doubles beyond; the first of two equal
     /// keys.
     [[nodiscard]] bool readValue(Value& out);
@@ -56,6 +63,9 @@ class ZQ_EXPORT JSONReader final {
     // is valid until the next call. Arrays likewise.
     [[nodiscard]] bool beginObject();
     [[nodiscard]] Step nextKey(std::string_view& key);
+    /// A short cut before `nextKey`: passes the next key if it stands there compactly and is that of one of
+    /// `fields` from number `from` on, and gives its number; otherwise passes nothing and gives their count.
+    [[nodiscard]] std::size_t nextKnownKey(std::span<const JSONFieldInfo> fields, std::size_t from);
     [[nodiscard]] bool beginArray();
     [[nodiscard]] Step nextElement();
 
@@ -86,14 +96,27 @@ class ZQ_EXPORT JSONReader final {
     };
 
   private:
+    /// A string as it stands: from behind its quote to the first escape, and to the quote that ends it.
+    struct RawText {
+        const char* from = nullptr;
+        const char* stop = nullptr;
+        const char* to = nullptr;
+        /// Something above 0x7F before the stop.
+        bool nonASCII = false;
+    };
+
+    bool consumeNullHere();
     void skipBlanks() noexcept;
     bool corrupted(const char* reason);
     bool mismatch(std::string_view wanted);
     bool word(std::string_view text);
     bool scanNumber(JSONNumber& out);
-    bool scanString(const char*& end, bool& escaped);
+    bool scanString(RawText& raw);
+    bool scanEscaped(RawText& raw);
+    bool checkUTF8(const RawText& raw);
+    bool takeText(std::string_view& out);
     bool skipString();
-    bool unescape(const char* from, const char* to, std::string& out);
+    bool unescape(const RawText& raw, std::string& out);
     bool enter();
 
     const char* begin_;
@@ -103,7 +126,8 @@ class ZQ_EXPORT JSONReader final {
     /// The container in hand has just been opened; only the innermost can be so.
     bool fresh_ = false;
     const JSONPathNode* path_ = nullptr;
-    std::string keyText_;
+    /// A text with its escapes undone.
+    std::string scratch_;
     std::optional<JSONError> error_;
 };
 

@@ -2,8 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "Platform/Foundation/JSON/JSONReader.h"
-#include "Platform/Foundation/JSON/TextScan.h"
+#include "Platform/Foundation/JSON/JSONReaderScan.h"
 #include "Platform/Foundation/Text/Utf8.h"
 
 namespace zqcore::platform {
@@ -91,116 +90,118 @@ const char* takeUnicode(const char* at, const char* end, char*& out) {
     return at;
 }
 
-/// Copies [at, end) to `out` with its escapes undone; null where an escape is wrong. `out` has the room of
-/// the escaped text: no escape is shorter than what it stands for.
-char* undoEscapes(const char* at, const char* end, char* out) {
-    bool ignored = false;
-    for (;;) {
-#ifdef __SSE2__
-        while (end - at >= 16) {
-            const auto block = textscan::load<Stop::reading>(at);
-            // The whole block is stored and only the part before the stop counts: what lies behind it in
-            // `out` is overwritten by what comes.
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out), block.bytes);
-            if (block.stops != 0) {
-                const int before = __builtin_ctz(block.stops);
-                at += before;
-                out += before;
-                break;
-            }
-            at += 16;
-            out += 16;
-        }
-#endif
-        const char* stop = textscan::findStop<Stop::reading>(at, end, ignored);
-        out = std::copy(at, stop, out);
-        at = stop;
-        if (at == end) return out;
-        if (end - at < 2) return nullptr;
-        const char escape = at[1];
-        at += 2;
-        if (const char plain = simpleEscape(escape); plain != 0) {
-            *out++ = plain;
-        } else {
-            if (escape != 'u') return nullptr;
-            at = takeUnicode(at, end, out);
-            if (!at) return nullptr;
-        }
+/// The quote that ends the text from `at` on: the first with an even number of backslashes before it. Null if
+/// there is none. The text may be large and full of escapes, and then this is far cheaper than to stop at
+/// each.
+const char* findClosingQuote(const char* at, const char* end) {
+    for (const char* from = at;;) {
+        const auto* quote =
+            static_cast<const char*>(std::memchr(from, '"', static_cast<std::size_t>(end - from)));
+        if (!quote) return nullptr;
+        const char* before = quote;
+        while (before > from && before[-1] == '\\') --before;
+        if ((quote - before) % 2 == 0) return quote;
+        from = quote + 1;
     }
 }
 
-/// Whether every escape of [at, end) is a right one, without taking it anywhere.
-bool escapesAreRight(const char* at, const char* end) {
-    bool ignored = false;
-    for (;;) {
-        at = textscan::findStop<Stop::reading>(at, end, ignored);
-        if (at == end) return true;
-        if (end - at < 2) return false;
-        const char escape = at[1];
-        at += 2;
-        if (simpleEscape(escape) != 0) continue;
+/// Undoes the escape at `at`, which may be something else that a string can't hold; null then.
+inline const char* takeEscape(const char* at, const char* end, char*& out) {
+    if (*at != '\\' || end - at < 2) return nullptr;
+    // Nearly all escapes in large texts are the slashes of base64.
+    if (at[1] == '/') [[likely]] {
+        *out++ = '/';
+        return at + 2;
+    }
+    if (at[1] == 'u') return takeUnicode(at + 2, end, out);
+    *out = simpleEscape(at[1]);
+    return *out++ != 0 ? at + 2 : nullptr;
+}
+
+/// Copies [at, end) to `out` with its escapes undone; null where it isn't right. `out` has the room of the
+/// escaped text: no escape is shorter than what it stands for.
+char* undoEscapes(const char* at, const char* end, char* out, bool& nonASCII) {
+#ifdef __SSE2__
+    while (end - at >= 16) {
+        const auto block = textscan::load<Stop::reading>(at);
+        // The whole block is stored and only the part before the stop counts: what lies behind it in `out` is
+        // overwritten by what comes. A byte above 0x7F behind the stop is met again.
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), block.bytes);
+        nonASCII |= block.nonASCII != 0;
+        if (block.stops == 0) {
+            at += 16;
+            out += 16;
+            continue;
+        }
+        const int before = __builtin_ctz(block.stops);
+        out += before;
+        at = takeEscape(at + before, end, out);
+        if (!at) return nullptr;
+    }
+#endif
+    while (at < end) {
+        if (textscan::stopsAt<Stop::reading>(*at)) {
+            at = takeEscape(at, end, out);
+            if (!at) return nullptr;
+        } else {
+            nonASCII |= static_cast<unsigned char>(*at) >= 0x80;
+            *out++ = *at++;
+        }
+    }
+    return out;
+}
+
+/// Whether [at, end) is right, without taking it anywhere.
+bool escapesAreRight(const char* at, const char* end, bool& nonASCII) {
+    while ((at = textscan::findStop<Stop::reading>(at, end, nonASCII)) != end) {
         char room[4];
         char* out = room;
-        if (escape != 'u' || !(at = takeUnicode(at, end, out))) return false;
+        at = takeEscape(at, end, out);
+        if (!at) return false;
     }
+    return true;
 }
 
 }  // namespace
 
-bool JSONReader::skipString() {
-    const char* from = at_ + 1;
-    const char* to = nullptr;
-    bool escaped = false;
-    if (!scanString(to, escaped)) return false;
-    if (escaped && !escapesAreRight(from, to)) return corrupted("a wrong escape in a string");
-    at_ = to + 1;
-    return true;
+bool JSONReader::scanEscaped(RawText& raw) {
+    raw.to = *raw.stop == '\\' ? findClosingQuote(raw.stop, end_) : nullptr;
+    if (raw.to) return true;
+    return corrupted(*raw.stop == '\\' ? "a string without end" : "a control character in a string");
 }
 
-bool JSONReader::scanString(const char*& end, bool& escaped) {
-    const char* at = at_ + 1;
-    bool nonASCII = false;
-    escaped = false;
-    for (;;) {
-        at = textscan::findStop<Stop::reading>(at, end_, nonASCII);
-        if (at == end_) return corrupted("a string without end");
-        if (*at == '"') break;
-        if (*at != '\\') return corrupted("a control character in a string");
-        escaped = true;
-        if (end_ - at < 2) return corrupted("a string without end");
-        at += 2;
-    }
-    const char* from = at_ + 1;
-    if (nonASCII && !isValidUTF8({from, static_cast<std::size_t>(at - from)})) {
-        return corrupted("invalid UTF-8 in a string");
-    }
-    end = at;
-    return true;
-}
-
-bool JSONReader::unescape(const char* from, const char* to, std::string& out) {
+bool JSONReader::unescape(const RawText& raw, std::string& out) {
     bool good = true;
-    out.resize_and_overwrite(static_cast<std::size_t>(to - from),
-                             [&](char* room, std::size_t) -> std::size_t {
-                                 char* end = undoEscapes(from, to, room);
-                                 good = end != nullptr;
-                                 return good ? static_cast<std::size_t>(end - room) : 0;
-                             });
-    return good || corrupted("a wrong escape in a string");
+    bool nonASCII = raw.nonASCII;
+    const auto copy = [&](char* room, std::size_t) -> std::size_t {
+        const auto clean = static_cast<std::size_t>(raw.stop - raw.from);
+        std::memcpy(room, raw.from, clean);
+        char* end = undoEscapes(raw.stop, raw.to, room + clean, nonASCII);
+        good = end != nullptr;
+        return good ? static_cast<std::size_t>(end - room) : 0;
+    };
+    out.resize_and_overwrite(static_cast<std::size_t>(raw.to - raw.from), copy);
+    if (!good) return corrupted("a wrong escape or a control character in a string");
+    return !nonASCII || checkUTF8(raw);
 }
 
-bool JSONReader::readString(std::string& out) {
-    if (peek() != Kind::string) return mismatch("a string");
-    const char* from = at_ + 1;
-    const char* to = nullptr;
-    bool escaped = false;
-    if (!scanString(to, escaped)) return false;
-    if (escaped) {
-        if (!unescape(from, to, out)) return false;
-    } else {
-        out.assign(from, to);
+bool JSONReader::checkUTF8(const RawText& raw) {
+    // Escapes are ASCII, so the text is right with them if it is right without.
+    return isValidUTF8({raw.from, static_cast<std::size_t>(raw.to - raw.from)}) ||
+           corrupted("invalid UTF-8 in a string");
+}
+
+bool JSONReader::skipString() {
+    RawText raw;
+    if (!scanString(raw)) return false;
+    if (raw.stop != raw.to) {
+        bool nonASCII = raw.nonASCII;
+        if (!escapesAreRight(raw.stop, raw.to, nonASCII)) {
+            return corrupted("a wrong escape or a control character in a string");
+        }
+        if (nonASCII && !checkUTF8(raw)) return false;
     }
-    at_ = to + 1;
+    at_ = raw.to + 1;
     return true;
 }
 

@@ -1,15 +1,14 @@
 #include "Platform/Foundation/JSON/JSONRecord.h"
 
+#include <bit>
+
 namespace zqcore::platform {
 
 namespace {
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-/// The place of `key` among the fields; the one behind the last that came is tried first, since texts keep
-/// the order of the declaration as a rule.
-std::size_t find(const JSONRecordInfo& info, std::string_view key, std::size_t expected) {
-    if (expected < info.fields.size() && info.fields[expected].name == key) return expected;
+std::size_t find(const JSONRecordInfo& info, std::string_view key) {
     for (std::size_t i = 0; i < info.fields.size(); ++i) {
         if (info.fields[i].name == key) return i;
     }
@@ -22,14 +21,18 @@ bool decodeRecord(JSONReader& reader, void* record, const JSONRecordInfo& info) 
     if (!reader.beginObject()) return false;
     std::uint64_t seen = 0;
     JSONReader::PathScope path(reader);
+    // Texts keep the order of the declaration as a rule: keys are looked for behind the last one.
     std::size_t expected = 0;
     for (;;) {
-        path.setKey("");
-        std::string_view key;
-        const auto step = reader.nextKey(key);
-        if (step == JSONReader::Step::failed) return false;
-        if (step == JSONReader::Step::end) break;
-        const std::size_t at = find(info, key, expected);
+        std::size_t at = reader.nextKnownKey(info.fields, expected);
+        if (at == info.fields.size()) {
+            path.setKey("");
+            std::string_view key;
+            const auto step = reader.nextKey(key);
+            if (step == JSONReader::Step::failed) return false;
+            if (step == JSONReader::Step::end) break;
+            at = find(info, key);
+        }
         const std::uint64_t bit = at == kNone ? 0 : std::uint64_t{1} << at;
         if (at == kNone || (seen & bit) != 0) {
             if (!reader.skipValue()) return false;
@@ -42,17 +45,14 @@ bool decodeRecord(JSONReader& reader, void* record, const JSONRecordInfo& info) 
         if (!field.required && reader.consumeNull()) continue;
         if (!field.decode(reader, record)) return false;
     }
-    for (std::size_t i = 0; i < info.fields.size(); ++i) {
-        if (info.fields[i].required && (seen >> i & 1) == 0) {
-            path.setKey(info.fields[i].name);
-            return reader.fail(JSONError::Kind::keyNotFound, "no such key");
-        }
-    }
-    return true;
+    const std::uint64_t missing = info.required & ~seen;
+    if (missing == 0) return true;
+    path.setKey(info.fields[static_cast<std::size_t>(std::countr_zero(missing))].name);
+    return reader.fail(JSONError::Kind::keyNotFound, "no such key");
 }
 
 void encodeRecord(JSONWriter& writer, const void* record, const JSONRecordInfo& info) {
-    writer.beginObject();
+    if (!writer.beginObject()) return;
     JSONWriter::PathScope path(writer);
     for (const JSONFieldInfo& field : info.fields) {
         path.setKey(field.name);

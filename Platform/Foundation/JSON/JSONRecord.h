@@ -52,6 +52,8 @@ struct JSONFieldInfo {
 struct JSONRecordInfo {
     std::string_view typeName;
     std::span<const JSONFieldInfo> fields;
+    /// One bit a field: it can't be absent.
+    std::uint64_t required;
 };
 
 // Keys are matched letter by letter, unknown ones are passed, the first of two equal ones counts. A missing
@@ -114,13 +116,20 @@ inline constexpr auto fieldTable = std::apply(
     },
     Record::jsonFields());
 
+constexpr std::uint64_t requiredFields(std::span<const JSONFieldInfo> fields) {
+    std::uint64_t bits = 0;
+    for (std::size_t i = 0; i < fields.size(); ++i) bits |= std::uint64_t{fields[i].required} << i;
+    return bits;
+}
+
 }  // namespace jsondetail
 
 /// The fields of a record type, put together at compile time.
 template <JSONRecord T>
 [[nodiscard]] const JSONRecordInfo& recordInfo() noexcept {
     static_assert(jsondetail::fieldTable<T>.size() <= 64, "one bit a field says that it has been read");
-    static constexpr JSONRecordInfo info{fullTypeName<T>(), jsondetail::fieldTable<T>};
+    static constexpr JSONRecordInfo info{fullTypeName<T>(), jsondetail::fieldTable<T>,
+                                         jsondetail::requiredFields(jsondetail::fieldTable<T>)};
     return info;
 }
 

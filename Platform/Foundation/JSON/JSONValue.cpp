@@ -141,11 +141,11 @@ void JSONWriter::value(const Value& root) {
                 break;
             case Value::Kind::array:
                 levels.push_back({value->asArray(), nullptr, 0});
-                beginArray();
+                if (!beginArray()) return;
                 break;
             case Value::Kind::dictionary:
                 levels.push_back({nullptr, value->asDictionary(), 0});
-                beginObject();
+                if (!beginObject()) return;
                 break;
         }
         for (value = nullptr; !value;) {

@@ -177,11 +177,16 @@ void JSONWriter::separate() {
     if (comma_) put(",");
 }
 
-void JSONWriter::open(char bracket) {
-    if (++depth_ > kMaximumDepth) fail("nested too deep");
+bool JSONWriter::open(char bracket) {
+    if (depth_ == kMaximumDepth) {
+        fail("nested too deep");
+        return false;
+    }
+    ++depth_;
     *room(1) = bracket;
     ++used_;
     comma_ = false;
+    return true;
 }
 
 void JSONWriter::close(char bracket) {
@@ -191,9 +196,9 @@ void JSONWriter::close(char bracket) {
     comma_ = true;
 }
 
-void JSONWriter::beginObject() { open('{'); }
+bool JSONWriter::beginObject() { return open('{'); }
 void JSONWriter::endObject() { close('}'); }
-void JSONWriter::beginArray() { open('['); }
+bool JSONWriter::beginArray() { return open('['); }
 void JSONWriter::endArray() { close(']'); }
 
 void JSONWriter::key(std::string_view name) {

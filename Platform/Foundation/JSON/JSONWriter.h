@@ -36,13 +36,14 @@ class ZQ_EXPORT JSONWriter final {
     /// Any generic value of the JSON kinds.
     void value(const Value& value);
 
-    void beginObject();
+    /// False, with nothing written, when that would be a level too many; then it isn't ended either.
+    [[nodiscard]] bool beginObject();
     /// Any text as key, to be followed by its value.
     void key(std::string_view name);
     /// A key that needs no escapes, with its quotes and colon: "\"pid\":".
     void quotedKey(std::string_view quoted);
     void endObject();
-    void beginArray();
+    [[nodiscard]] bool beginArray();
     /// Before each element.
     void element();
     void endArray();
@@ -76,7 +77,7 @@ class ZQ_EXPORT JSONWriter final {
     void grow(std::size_t count);
     void put(std::string_view text);
     void separate();
-    void open(char bracket);
+    bool open(char bracket);
     void close(char bracket);
     void escaped(std::string_view text);
 

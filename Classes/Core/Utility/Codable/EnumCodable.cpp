@@ -26,8 +26,8 @@ bool decode(JSONReader& reader, const EnumInfo& info, std::int64_t& out) {
         }
         return true;
     }
-    std::string raw;
-    if (!reader.readString(raw)) return recover(reader, info);
+    std::string_view raw;
+    if (!reader.readText(raw)) return recover(reader, info);
     for (const EnumCase& one : info.cases) {
         if (one.text == raw) out = one.value;
     }
