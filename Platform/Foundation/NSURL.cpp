@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "Platform/Foundation/Text/Character.h"
+#include "Platform/Foundation/Text/Utf8.h"
 
 namespace zqcore::platform {
 namespace {
@@ -33,20 +34,50 @@ std::string percentDecoded(std::string_view text) {
     return decoded;
 }
 
+bool standsInURL(char character) noexcept {
+    return standsInPath(character) ||
+           (character != '\0' && std::string_view("?#[];").find(character) != std::string_view::npos);
+}
+
+void appendEncoded(std::string& text, char character) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    const auto byte = static_cast<unsigned char>(character);
+    text += '%';
+    text += kDigits[byte >> 4U];
+    text += kDigits[byte & 15U];
+}
+
+bool isEncodedByte(std::string_view text, std::size_t at) {
+    const auto isDigit = [&](std::size_t i) {
+        return i < text.size() && static_cast<unsigned char>(text[i]) < 0x80 &&
+               hexDigitValue(static_cast<char32_t>(text[i]));
+    };
+    return text[at] == '%' && isDigit(at + 1) && isDigit(at + 2);
+}
+
 }  // namespace
 
+std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
+    if (text.empty() || !isValidUTF8(text)) return std::nullopt;
+    std::string url;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (standsInURL(text[i]) || isEncodedByte(text, i)) {
+            url += text[i];
+        } else {
+            appendEncoded(url, text[i]);
+        }
+    }
+    return NSURL(std::move(url));
+}
+
 NSURL NSURL::fileURLWithPath(std::string_view path) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
     std::string text = "file://";
     for (const char character : path) {
         if (standsInPath(character)) {
             text += character;
             continue;
         }
-        const auto byte = static_cast<unsigned char>(character);
-        text += '%';
-        text += kDigits[byte >> 4U];
-        text += kDigits[byte & 15U];
+        appendEncoded(text, character);
     }
     std::error_code error;
     if (!text.ends_with('/') && std::filesystem::is_directory(path, error)) text += '/';

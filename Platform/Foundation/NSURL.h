@@ -14,6 +14,10 @@ class ZQ_EXPORT NSURL final {
   public:
     explicit NSURL(std::string absoluteString) : text_(std::move(absoluteString)) {}
 
+    /// The URL of a text; what may not stand in one is percent-encoded. Absent for the empty text and for one
+    /// that isn't UTF-8.
+    [[nodiscard]] static std::optional<NSURL> URLWithString(std::string_view text);
+
     /// The file URL of an absolute path, percent-encoded (RFC 3986) and with a slash behind a folder that is
     /// there.
     [[nodiscard]] static NSURL fileURLWithPath(std::string_view path);

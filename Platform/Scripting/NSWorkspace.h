@@ -25,6 +25,14 @@ class ZQ_EXPORT NSWorkspace final {
     [[nodiscard]] std::optional<NSURL> URLForApplicationWithBundleIdentifier(
         std::string_view identifier) const;
 
+    /// Hands `url` to whatever the desktop opens its kind with, through the OpenURI portal or, where there is
+    /// none and for files, by xdg-open. False if neither takes it, or without a scheme; doesn't wait for what
+    /// the user sees, but up to five seconds for the portal.
+    bool openURL(const NSURL& url);
+    /// Asks `opener` in place of the desktop; one without content brings the desktop back.
+    using URLOpener = std::function<bool(const NSURL& url)>;
+    void setURLOpenerForTesting(URLOpener opener);
+
     /// Asks `lookup` in place of the session bus; one without content brings the bus back.
     void setBusNameLookupForTesting(BusNameLookup lookup);
 

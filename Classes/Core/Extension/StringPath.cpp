@@ -1,5 +1,8 @@
 #include "Classes/Core/Extension/StringPath.h"
 
+#include "Platform/Foundation/NSURL.h"
+#include "Platform/Scripting/NSWorkspace.h"
+
 namespace zqcore {
 
 std::string appendingHTTPPath(std::string_view url, std::string_view path) {
@@ -10,6 +13,11 @@ std::string appendingHTTPPath(std::string_view url, std::string_view path) {
     if (!slashBefore && !slashAfter) result += '/';
     result += path;
     return result;
+}
+
+bool openUrl(std::string_view url) {
+    const auto made = NSURL::URLWithString(url);
+    return made && NSWorkspace::shared().openURL(*made);
 }
 
 }  // namespace zqcore

@@ -30,4 +30,8 @@ namespace zqcore {
 /// either side stay.
 [[nodiscard]] ZQ_EXPORT std::string appendingHTTPPath(std::string_view url, std::string_view path);
 
+/// Opens `url` with what the desktop opens its kind with. False for the empty text, for what is no URL, and
+/// if nothing can open it; doesn't wait for it to be seen. Any thread.
+[[nodiscard]] ZQ_EXPORT bool openUrl(std::string_view url);
+
 }  // namespace zqcore

@@ -205,6 +205,14 @@ bool JSONReader::readInt64(std::int64_t& out) {
     return true;
 }
 
+bool JSONReader::readRaw(std::string_view& out) {
+    skipBlanks();
+    const char* begin = at_;
+    if (!skipValue(SkippedNumbers::any)) return false;
+    out = {begin, static_cast<std::size_t>(at_ - begin)};
+    return true;
+}
+
 bool JSONReader::readUInt64(std::uint64_t& out) {
     if (peek() != Kind::number) return mismatch("an integer");
     JSONNumber number;

@@ -58,6 +58,8 @@ class ZQ_EXPORT JSONReader final {
     [[nodiscard]] bool readValue(Value& out);
     /// Passes one value of any kind, checked like all others.
     [[nodiscard]] bool skipValue(SkippedNumbers numbers = SkippedNumbers::inRange);
+    /// Passes one value like `skipValue` and gives its text, which a reader of its own can read again.
+    [[nodiscard]] bool readRaw(std::string_view& out);
 
     // An object is read by beginObject and then nextKey, each key followed by its value, until `end`. The key
     // is valid until the next call. Arrays likewise.

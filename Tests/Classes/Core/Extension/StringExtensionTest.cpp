@@ -9,6 +9,7 @@
 #include "Classes/Core/Extension/StringSubscript.h"
 #include "Platform/Foundation/Text/NSRegularExpression.h"
 #include "Platform/Foundation/Text/Utf16.h"
+#include "Platform/Scripting/NSWorkspace.h"
 #include "TestKit/LogCapture.h"
 
 namespace zqcore {
@@ -162,6 +163,21 @@ TEST(StringPathTest, JoinsWithOneSlash) {
     EXPECT_EQ(deletingLastPathComponent("/tmp/a.tiff"), "/tmp");
     EXPECT_EQ(deletingPathExtension("b.bundle/"), "b");
     EXPECT_EQ(appendingFilePath("/tmp/", "/x"), "/tmp/x");
+}
+
+TEST(StringPathTest, OpensUrlsWithTheWorkspace) {
+    std::vector<std::string> opened;
+    NSWorkspace::shared().setURLOpenerForTesting([&](const NSURL& url) {
+        opened.push_back(url.absoluteString());
+        return url.absoluteString() != "gone:";
+    });
+    EXPECT_TRUE(openUrl("https://a/b c?q=\u4f60&r=%20%zz#x"));
+    EXPECT_FALSE(openUrl(""));
+    EXPECT_FALSE(openUrl("no scheme"));
+    EXPECT_FALSE(openUrl("a\xC3:"));
+    EXPECT_FALSE(openUrl("gone:"));
+    EXPECT_EQ(opened, (Strings{"https://a/b%20c?q=%E4%BD%A0&r=%20%25zz#x", "gone:"}));
+    NSWorkspace::shared().setURLOpenerForTesting({});
 }
 
 }  // namespace
