@@ -48,7 +48,7 @@ std::string_view logFileName(std::string_view path) noexcept {
 
 LogQueue& LogQueue::shared() {
     static LogQueue& queue = [] -> LogQueue& {
-        const auto& kept = *new std::shared_ptr<LogQueue>(new LogQueue, [](LogQueue*) {});
+        static const auto& kept = *new std::shared_ptr<LogQueue>(new LogQueue, [](LogQueue*) {});
         used.store(kept.get());
         std::atexit(flushAtExit);
         return *kept;
