@@ -93,7 +93,7 @@ Value::Dictionary KSCrashReportStore::read(std::uint64_t number) const {
     const NSFileManager& files = NSFileManager::defaultManager();
     const auto text = files.contentsAtPath(filePath(number, crash::kReportExtension));
     Value::Dictionary report = crash::parseStoredReport(text ? text->view() : std::string_view());
-    if (const auto lines = files.contentsAtPath(filePath(number, crash::kLogExtension))) {
+    if (const auto lines = files.contentsAtPath(filePath(number, crash::kLogExtension)); lines && !lines->empty()) {
         Value* user = report.find("user");
         Value::Dictionary members =
             user && user->asDictionary() ? *user->asDictionary() : Value::Dictionary();

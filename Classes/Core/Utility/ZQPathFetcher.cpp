@@ -28,6 +28,18 @@ void printLine(const std::string& line) {
     std::fflush(stdout);
 }
 
+/// The path `component` below `base`, made on disk; the path stands even if it can't be made.
+std::string madeDirectory(std::string_view base, std::string_view component) {
+    std::string path = stringByAppendingPathComponent(base, component);
+    fetcherCreateDirectoryIfNotExist(path);
+    return path;
+}
+
+/// Paths are asked for to the very end of the process, when other statics write their last.
+const std::string& immortal(std::string path) { return *new std::string(std::move(path)); }
+
+}  // namespace
+
 bool fetcherCreateDirectoryIfNotExist(const std::string& path) {
     const auto& manager = NSFileManager::defaultManager();
     bool isDirectory = false;
@@ -41,18 +53,6 @@ bool fetcherCreateDirectoryIfNotExist(const std::string& path) {
     printLine("创建文件夹失败 path:" + path + "; error: " + made.error().description());
     return false;
 }
-
-/// The path `component` below `base`, made on disk; the path stands even if it can't be made.
-std::string madeDirectory(std::string_view base, std::string_view component) {
-    std::string path = stringByAppendingPathComponent(base, component);
-    fetcherCreateDirectoryIfNotExist(path);
-    return path;
-}
-
-/// Paths are asked for to the very end of the process, when other statics write their last.
-const std::string& immortal(std::string path) { return *new std::string(std::move(path)); }
-
-}  // namespace
 
 class ZQPathFetcher::ZQPathFetcherDifferentPath {
   public:

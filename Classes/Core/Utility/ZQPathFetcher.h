@@ -49,4 +49,9 @@ class ZQ_EXPORT ZQPathFetcher final {
     static const ZQPathFetcherDifferentPath& fetcher();
 };
 
+/// Makes the folder with those above it unless it is there. Gives false, and prints one line on standard
+/// output, if a file is in the way or it can't be made. For folders that the logger itself may need. Any
+/// thread.
+ZQ_EXPORT bool fetcherCreateDirectoryIfNotExist(const std::string& path);
+
 }  // namespace zqcore

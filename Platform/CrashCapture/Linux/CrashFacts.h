@@ -22,6 +22,8 @@ struct CrashFacts {
     bool isException = false;
     std::array<char, 512> exceptionName{};
     std::array<char, 4096> exceptionReason{};
+    /// Whether the exception is of a kind that has a text.
+    bool hasReason = false;
 };
 
 /// What went wrong while the report was written.

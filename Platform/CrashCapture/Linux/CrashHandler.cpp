@@ -191,16 +191,21 @@ void keep(std::array<char, Size>& into, std::string_view text) noexcept {
     into[length] = '\0';
 }
 
+void keepReason(std::string_view text) noexcept {
+    keep(facts.exceptionReason, text);
+    facts.hasReason = true;
+}
+
 // What the exception says of itself, if it is of a kind that says anything.
-void keepReason() noexcept {
+void askReason() noexcept {
     try {
         std::rethrow_exception(std::current_exception());
     } catch (const std::exception& exception) {
-        keep(facts.exceptionReason, exception.what());
+        keepReason(exception.what());
     } catch (const std::string& text) {
-        keep(facts.exceptionReason, text);
+        keepReason(text);
     } catch (const char* text) {
-        if (text) keep(facts.exceptionReason, text);
+        if (text) keepReason(text);
     } catch (...) {  // its type is all that can be told
     }
 }
@@ -210,7 +215,7 @@ void keepReason() noexcept {
     // Without an exception this is a plain abort, which tells itself.
     if (type && !reported.load() && claimReport()) {
         keep(facts.exceptionName, type->name());
-        keepReason();
+        askReason();
         facts.isException = true;
         facts.signal = SIGABRT;
         ucontext_t here;

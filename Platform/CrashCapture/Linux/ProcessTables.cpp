@@ -90,48 +90,46 @@ Mapping parseMapping(std::string_view line) noexcept {
     return mapping;
 }
 
+// Looks through one segment of notes, elf(5): three words, the owner's name, the content, each part padded.
 void findBuildId(std::uint64_t address, std::uint64_t size, LoadedImage& image) noexcept {
-    constexpr std::size_t kNameSize = 4;  // "GNU" and its NUL
-    while (size > sizeof(ElfW(Nhdr))) {
-        ElfW(Nhdr) note{};
-        if (!readMemory(address, &note, sizeof note)) return;
-        const std::uint64_t name = (std::uint64_t{note.n_namesz} + 3) & ~std::uint64_t{3};
-        const std::uint64_t length =
-            sizeof note + name + ((std::uint64_t{note.n_descsz} + 3) & ~std::uint64_t{3});
-        std::array<char, kNameSize> owner{};
-        if (note.n_type == NT_GNU_BUILD_ID && note.n_namesz == kNameSize &&
-            note.n_descsz <= image.buildId.size() &&
-            readMemory(address + sizeof note, owner.data(), owner.size()) &&
-            std::memcmp(owner.data(), "GNU", kNameSize) == 0 &&
-            readMemory(address + sizeof note + name, image.buildId.data(), note.n_descsz)) {
+    std::array<unsigned char, 512> notes;
+    const std::size_t length = size < notes.size() ? static_cast<std::size_t>(size) : notes.size();
+    if (!readMemory(address, notes.data(), length)) return;
+    const auto padded = [](std::size_t bytes) { return (bytes + 3) & ~std::size_t{3}; };
+    for (std::size_t at = 0; at + sizeof(ElfW(Nhdr)) <= length;) {
+        ElfW(Nhdr) note;
+        std::memcpy(&note, notes.data() + at, sizeof note);
+        const std::size_t name = at + sizeof note;
+        const std::size_t content = name + padded(note.n_namesz);
+        const std::size_t end = content + padded(note.n_descsz);
+        if (end > length || end <= at) return;
+        constexpr std::string_view kOwner("GNU", 4);
+        if (note.n_type == NT_GNU_BUILD_ID && note.n_namesz == kOwner.size() &&
+            std::memcmp(notes.data() + name, kOwner.data(), kOwner.size()) == 0 &&
+            note.n_descsz <= image.buildId.size()) {
+            std::memcpy(image.buildId.data(), notes.data() + content, note.n_descsz);
             image.buildIdSize = note.n_descsz;
             return;
         }
-        if (length > size) return;
-        address += length;
-        size -= length;
+        at = end;
     }
 }
 
 void readHeaders(LoadedImage& image) noexcept {
     ElfW(Ehdr) header{};
+    std::array<ElfW(Phdr), 24> segments;
     if (!readMemory(image.address, &header, sizeof header)) return;
     if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 || header.e_phentsize != sizeof(ElfW(Phdr))) return;
-    bool first = true;
-    for (unsigned i = 0; i < header.e_phnum; ++i) {
-        ElfW(Phdr) segment{};
-        if (!readMemory(image.address + header.e_phoff + i * sizeof segment, &segment, sizeof segment))
-            return;
-        if (segment.p_type == PT_LOAD && first) {
-            image.preferredAddress = segment.p_vaddr;
-            first = false;
-        }
+    const std::size_t count = header.e_phnum < segments.size() ? header.e_phnum : segments.size();
+    if (!readMemory(image.address + header.e_phoff, segments.data(), count * sizeof segments[0])) return;
+    const std::span<const ElfW(Phdr)> all = std::span(segments).first(count);
+    for (const ElfW(Phdr) & segment : all) {
+        if (segment.p_type != PT_LOAD) continue;
+        image.preferredAddress = segment.p_vaddr;
+        break;
     }
-    for (unsigned i = 0; i < header.e_phnum && image.buildIdSize == 0; ++i) {
-        ElfW(Phdr) segment{};
-        if (!readMemory(image.address + header.e_phoff + i * sizeof segment, &segment, sizeof segment))
-            return;
-        if (segment.p_type != PT_NOTE) continue;
+    for (const ElfW(Phdr) & segment : all) {
+        if (segment.p_type != PT_NOTE || image.buildIdSize != 0) continue;
         findBuildId(image.address - image.preferredAddress + segment.p_vaddr, segment.p_memsz, image);
     }
 }

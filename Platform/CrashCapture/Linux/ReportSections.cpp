@@ -160,7 +160,8 @@ void writeSignal(int signal, int code, bool isKernelCode) {
     writer.integer("signal", signal);
     if (known) writer.text("name", known->name);
     writer.integer("code", code);
-    if (const char* text = name ? name->name : originOf(code)) writer.text("code_name", text);
+    const char* codeName = name ? name->name : isKernelCode ? originOf(code) : nullptr;
+    if (codeName) writer.text("code_name", codeName);
     writer.end();
 }
 
@@ -170,7 +171,7 @@ void writeError() {
     writer.unsignedInteger("address", isFault() ? reinterpret_cast<std::uint64_t>(facts->info.si_addr) : 0);
     writeSignal(facts->signal, facts->isException ? 0 : facts->info.si_code, !facts->isException);
     if (facts->isException) {
-        writer.text("reason", facts->exceptionReason.data());
+        if (facts->hasReason) writer.text("reason", facts->exceptionReason.data());
         writer.beginObject("cpp_exception");
         writer.text("name", facts->exceptionName.data());
         writer.end();
@@ -193,12 +194,14 @@ void writeFrames(std::span<const std::uint64_t> addresses, std::size_t skipped) 
     writer.end();
 }
 
-// A thread that never got a name of its own carries the program's.
+// A thread that never got a name of its own carries the program's, and a worker's tells less than its
+// queue's.
 void writeName(int identifier, std::string_view queueLabel) {
     std::array<char, 32> program;
     std::array<char, 32> buffer;
     const std::string_view name = threadName(identifier, buffer);
-    if (!name.empty() && name != threadName(getpid(), program)) writer.text("name", name);
+    const bool isWorker = !queueLabel.empty() && name.starts_with("zq.");
+    if (!name.empty() && !isWorker && name != threadName(getpid(), program)) writer.text("name", name);
     if (!queueLabel.empty()) writer.text("dispatch_queue", queueLabel);
 }
 
