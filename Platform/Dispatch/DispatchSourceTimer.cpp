@@ -34,6 +34,8 @@ class TimerSource final : public DispatchSourceTimer,
             start.at = nowOn(start.base);
             interval = Duration::max();
         }
+        // Before the beginning of its scale every moment is equally past, and the grid could not be counted.
+        start.at = std::max(start.at, Duration::zero());
         next_ = start;
         interval_ = std::max(interval, Duration(1));
     }

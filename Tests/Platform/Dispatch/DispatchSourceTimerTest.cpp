@@ -53,6 +53,7 @@ TEST_F(DispatchSourceTimerTest, FiresAtStartAndThenAtWholeIntervals) {
         {"never before", 1s, 1s, 1s - 1ns, {}},
         {"interval 0 counts as 1 ns, in steps of 100 us here", 1ns, 0ns, 200us, {1ns, 100001ns}},
         {"negative interval: once at once", 5s, -1s, 1h, {0s}},
+        {"start before all time", Duration::min(), Duration::max() - 1ns, 1h, {0s}},
         {"start beyond all time", Duration::max(), 1s, 1h, {}},
     };
     for (const DispatchTime::Base base : {DispatchTime::Base::monotonic, DispatchTime::Base::wall}) {
