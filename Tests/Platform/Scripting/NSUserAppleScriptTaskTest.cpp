@@ -173,6 +173,7 @@ TEST(NSUserAppleScriptTaskTest, ATaskRunsOnce) {
 TEST(NSUserAppleScriptTaskTest, AScriptThatReadsNothingDoesNoHarm) {
     const ScratchFolder folder;
     const auto script = folder.script("deaf", "exec <&-; echo done");
+    ::signal(SIGPIPE, SIG_DFL);  // whoever started the tests may ignore it
     for (int i = 0; i < 20; ++i) EXPECT_EQ(run(script, {"id", std::string(4 << 20, 'x')}).text(), "done");
 }
 
