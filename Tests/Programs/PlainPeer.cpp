@@ -1,13 +1,12 @@
 // A peer that knows nothing of this library, only the bus: plain sd-bus in either role.
 // Usage: PlainPeer serve IDENTIFIER PATH      prints "serving"; answers `request(s)` with the same text, and
-//                                             "error NAME" with that error
+//                                             "error NAME" and "answer TEXT" with that
 //        PlainPeer call IDENTIFIER PATH TEXT  prints the answer, or "error NAME"
 //        PlainPeer post NAME OBJECT JSON      posts a notification with the JSON under "request"
 #include <systemd/sd-bus.h>
 
 #include <array>
 #include <cstdio>
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -18,7 +17,16 @@ constexpr const char* kInterface = "com.tessara.ZQCore.Scripting";
 int onRequest(sd_bus_message* message, void*, sd_bus_error* error) {
     const char* text = nullptr;
     if (sd_bus_message_read(message, "s", &text) < 0) return -EINVAL;
-    if (std::strncmp(text, "error ", 6) == 0) return sd_bus_error_set(error, text + 6, "on purpose");
+    // The order may stand inside a JSON text; then it ends with the quote.
+    const std::string_view all = text;
+    const auto after = [all](std::string_view order) {
+        const auto at = all.find(order);
+        const auto rest = at == all.npos ? std::string_view() : all.substr(at + order.size());
+        return std::string(rest.substr(0, rest.find('"')));
+    };
+    if (all.find("error ") != all.npos) return sd_bus_error_set(error, after("error ").c_str(), "on purpose");
+    if (all.find("answer ") != all.npos)
+        return sd_bus_reply_method_return(message, "s", after("answer ").c_str());
     return sd_bus_reply_method_return(message, "s", text);
 }
 

@@ -1,3 +1,4 @@
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -32,6 +33,20 @@ int ignoreAnswer(sd_bus_message*, void*, sd_bus_error*) { return 1; }
     if (sd_bus_message_at_end(message, 0) == 0 && readVariant(message, notification.object) < 0) return false;
     if (sd_bus_message_exit_container(message) < 0) return false;
     return readDictionary(message, notification.userInfo.emplace()) >= 0;
+}
+
+[[nodiscard]] int sendNotification(sd_bus* bus, const NSDistributedNotification& notification) {
+    sd_bus_message* raw = nullptr;
+    int made =
+        sd_bus_message_new_signal(bus, &raw, kNotificationPath, kNotificationInterface, kNotificationMember);
+    const SdMessageHandle message(raw);
+    if (made >= 0) made = sd_bus_message_append_basic(raw, 's', notification.name.c_str());
+    // An array of none or one: the bus has no null.
+    if (made >= 0) made = sd_bus_message_open_container(raw, 'a', "v");
+    if (made >= 0 && !notification.object.isNull()) made = appendVariant(raw, notification.object);
+    if (made >= 0) made = sd_bus_message_close_container(raw);
+    if (made >= 0) made = appendDictionary(raw, notification.userInfo.value_or(ValueDictionary()));
+    return made < 0 ? made : sd_bus_send(bus, raw, nullptr);
 }
 
 }  // namespace
@@ -224,23 +239,16 @@ void SessionBus::judgeWaiting(Sender& sender, bool admitted) {
 
 bool SessionBus::broadcast(const NSDistributedNotification& notification) {
     if (!isSendableText(notification.name)) return false;
-    const BusConnection::Access access(connection_);
-    if (access.failure() < 0) return false;
-    sd_bus_message* raw = nullptr;
-    int made = sd_bus_message_new_signal(access.bus(), &raw, kNotificationPath, kNotificationInterface,
-                                         kNotificationMember);
-    const SdMessageHandle message(raw);
-    const auto append = [&](auto&& step) {
-        if (made >= 0) made = step();
-    };
-    append([&] { return sd_bus_message_append_basic(raw, 's', notification.name.c_str()); });
-    // An array of none or one: the bus has no null.
-    append([&] { return sd_bus_message_open_container(raw, 'a', "v"); });
-    if (!notification.object.isNull()) append([&] { return appendVariant(raw, notification.object); });
-    append([&] { return sd_bus_message_close_container(raw); });
-    append([&] { return appendDictionary(raw, notification.userInfo.value_or(ValueDictionary())); });
-    append([&] { return sd_bus_send(access.bus(), raw, nullptr); });
-    return made >= 0;
+    {
+        const BusConnection::Access access(connection_);
+        if (access.failure() < 0 || sendNotification(access.bus(), notification) < 0) return false;
+        // Written out already, as is usual.
+        const int events = sd_bus_get_events(access.bus());
+        if (sd_bus_is_ready(access.bus()) > 0 && events >= 0 && (events & POLLOUT) == 0) return true;
+    }
+    // A process may post and end, so a new connection or a full socket is seen through: the bus answers only
+    // when it has taken everything before.
+    return callDaemon("GetNameOwner", "org.freedesktop.DBus").has_value();
 }
 
 std::shared_ptr<void> SessionBus::listen(const std::string& name, NotificationHandler handler) {

@@ -1,0 +1,74 @@
+#include "Classes/AppleScript/DistributedSender/DistributedSender.h"
+
+#include <utility>
+
+#include "Classes/Core/Utility/Codable/JSONTool.h"
+#include "Classes/Core/Utility/ZQInfo.h"
+#include "Classes/Log/Log/ZQLog.h"
+#include "Platform/Scripting/NSDistributedNotificationCenter.h"
+
+namespace zqcore {
+
+const std::shared_ptr<DistributedSender>& DistributedSender::defaultSender() {
+    static const std::shared_ptr<DistributedSender> sender = [] {
+        std::shared_ptr<DistributedSender> made(new DistributedSender);
+        made->listen();
+        return made;
+    }();
+    return sender;
+}
+
+DistributedSender::DistributedSender()
+    : queue_(DispatchQueue::serial("com.tessara.distributed.queue", DispatchQoS::userInitiated)) {}
+
+void DistributedSender::listen() {
+    auto observation = NSDistributedNotificationCenter::defaultCenter().addObserver(
+        std::string(kPostNotification), queue_, [weak = weak_from_this()](const auto& notification) {
+            if (const auto self = weak.lock()) self->receive(notification);
+        });
+    cancellables_.emplace_back([observation = std::move(observation)]() mutable { observation.reset(); });
+}
+
+void DistributedSender::injectPostHandler(PostHandler handler) {
+    const std::lock_guard lock(mutex_);
+    // Swapped, so that the former one ends without the lock.
+    postHandler_.swap(handler);
+}
+
+void DistributedSender::post(const ASRequestCarrier& request) const {
+    if (ZQInfo::appSandboxed()) return;
+    request.prepare();
+    auto json = request.encode();
+    if (!json) return;
+    ZQLogInfo([&] { return "DistributedSender 发送通知：" + *json; });
+    NSDistributedNotificationCenter::defaultCenter().postNotificationName(
+        std::string(kPostNotification), ZQInfo::appIdentifier(),
+        ValueDictionary{{"request", std::move(*json)}});
+}
+
+void DistributedSender::receive(const NSDistributedNotification& notification) {
+    // Neither one's own posts nor those of another running copy.
+    const std::string* sender = notification.object.asString();
+    if (sender && *sender == ZQInfo::appIdentifier()) return;
+    handlePostNotification(notification);
+}
+
+void DistributedSender::handlePostNotification(const NSDistributedNotification& notification) {
+    const Value* request = notification.userInfo ? notification.userInfo->find("request") : nullptr;
+    const std::string* json = request ? request->asString() : nullptr;
+    if (!json) return;
+    ZQLogInfo([&] { return "DistributedSender 收到通知：" + *json; });
+    const auto object = JSONTool::decodeToJSONObject(*json);
+    const auto* dictionary = object ? object->asDictionary() : nullptr;
+    const Value* field = dictionary ? dictionary->find("path") : nullptr;
+    const std::string* path = field ? field->asString() : nullptr;
+    if (!path) return;
+    PostHandler handler;
+    {
+        const std::lock_guard lock(mutex_);
+        handler = postHandler_;
+    }
+    if (handler) handler(*path, *json);
+}
+
+}  // namespace zqcore
