@@ -1,6 +1,7 @@
 // Peer: the patterns that define the two operations, each compiled once and its matcher kept, run by ICU on a
 // text that is already in UTF-16.
 #include <benchmark/benchmark.h>
+#include <unicode/locid.h>
 #include <unicode/regex.h>
 #include <unicode/unistr.h>
 

@@ -1,8 +1,7 @@
 #include "Platform/Crypto/CommonCryptor.h"
 
-#include <openssl/err.h>
-
 #include <algorithm>
+#include <optional>
 
 #include "Platform/Crypto/CryptoKit.h"
 #include "Platform/Crypto/Linux/EvpHandles.h"
@@ -37,20 +36,39 @@ bool update(EVP_CIPHER_CTX* context, std::span<const std::uint8_t> input, std::u
     return true;
 }
 
-CCCryptorStatus run(EVP_CIPHER_CTX* context, CCOperation operation, std::span<const std::uint8_t> key,
-                    std::span<const std::uint8_t> initialVector, std::span<const std::uint8_t> dataIn,
-                    std::uint8_t* dataOut, std::size_t& dataOutMoved) {
-    if (EVP_CipherInit_ex2(context, cipher(), key.data(), initialVector.data(), operation == kCCEncrypt,
-                           nullptr) != 1) {
+/// How many bytes the plain text has without its padding; absent if that is no padding.
+std::optional<std::size_t> unpaddedLength(std::span<const std::uint8_t> plain) {
+    const std::size_t count = plain.back();
+    if (count < 1 || count > kCCBlockSizeAES128) return std::nullopt;
+    const auto padding = plain.last(count);
+    if (!std::ranges::all_of(padding, [&](std::uint8_t byte) { return byte == count; })) return std::nullopt;
+    return plain.size() - count;
+}
+
+CCCryptorStatus encrypt(EVP_CIPHER_CTX* context, std::span<const std::uint8_t> dataIn, std::uint8_t* dataOut,
+                        std::size_t& dataOutMoved) {
+    auto* output = dataOut;
+    int produced = 0;
+    if (!update(context, dataIn, output) || EVP_CipherFinal_ex(context, output, &produced) != 1) {
         return kCCUnspecifiedError;
     }
-    auto* output = dataOut;
-    if (!update(context, dataIn, output)) return kCCUnspecifiedError;
-    int produced = 0;
-    if (EVP_CipherFinal_ex(context, output, &produced) != 1) {
-        return operation == kCCDecrypt ? kCCDecodeError : kCCUnspecifiedError;
-    }
     dataOutMoved = static_cast<std::size_t>(output + produced - dataOut);
+    return kCCSuccess;
+}
+
+/// The padding is judged here, since the library would leave its complaint in the thread's error queue, which
+/// belongs to whoever else uses it. It keeps the last block back until more comes, so one more follows.
+CCCryptorStatus decrypt(EVP_CIPHER_CTX* context, std::span<const std::uint8_t> dataIn, std::uint8_t* dataOut,
+                        std::size_t& dataOutMoved) {
+    constexpr std::uint8_t kOneMore[kCCBlockSizeAES128] = {};
+    auto* output = dataOut;
+    if (!update(context, dataIn, output) || !update(context, kOneMore, output) ||
+        output != dataOut + dataIn.size()) {
+        return kCCUnspecifiedError;
+    }
+    const auto length = unpaddedLength({dataOut, dataIn.size()});
+    if (!length) return kCCDecodeError;
+    dataOutMoved = *length;
     return kCCSuccess;
 }
 
@@ -74,10 +92,11 @@ CCCryptorStatus CCCrypt(CCOperation operation, CCAlgorithm algorithm, CCOptions 
     auto* context = threadContext();
     if (!context || !cipher()) return kCCUnspecifiedError;
 
-    // A failure puts entries into the thread's error queue, which belongs to whoever else uses the library.
-    ERR_set_mark();
-    const auto status = run(context, operation, key, initialVector, dataIn, dataOut.data(), dataOutMoved);
-    ERR_pop_to_mark();
+    CCCryptorStatus status = kCCUnspecifiedError;
+    if (EVP_CipherInit_ex2(context, cipher(), key.data(), initialVector.data(), operation == kCCEncrypt,
+                           nullptr) == 1) {
+        status = (operation == kCCEncrypt ? encrypt : decrypt)(context, dataIn, dataOut.data(), dataOutMoved);
+    }
     EVP_CIPHER_CTX_reset(context);
     if (status != kCCSuccess) wipe(dataOut.first(room));
     return status;
