@@ -80,7 +80,7 @@ std::string backtraceText(const ReportFields& backtrace, KSAppleReportStyle styl
 std::vector<ReportFields> threadsOf(const ReportFields& crash) {
     std::vector<ReportFields> threads;
     for (const Value& entry : crash.list("threads")) threads.emplace_back(entry.asDictionary());
-    std::ranges::stable_sort(threads, {}, [](const ReportFields& thread) { return thread.number("index"); });
+    std::ranges::sort(threads, {}, [](const ReportFields& thread) { return thread.number("index"); });
     return threads;
 }
 
@@ -128,14 +128,17 @@ std::vector<std::string> registerOrder(const std::string& type, const Value::Dic
                 "r11", "r12", "r13", "r14", "r15", "rip", "rflags", "cs",  "fs", "gs"};
     }
     // Numbered names by their number, then the others as they come.
-    std::vector<std::string> order;
-    for (const auto& [name, value] : registers) order.push_back(name);
-    const auto number = [](const std::string& name) {
-        const std::size_t digits = name.find_first_of("0123456789");
-        return digits == std::string::npos ? 1000 : std::atoi(name.c_str() + digits);
+    const auto numberOf = [](const std::string& name) {
+        return std::atoi(name.c_str() + std::min(name.find_first_of("0123456789"), name.size()));
     };
-    std::ranges::stable_sort(order, {}, number);
-    return order;
+    std::vector<std::string> numbered;
+    std::vector<std::string> others;
+    for (const auto& [name, value] : registers) {
+        (name.find_first_of("0123456789") == std::string::npos ? others : numbered).push_back(name);
+    }
+    std::ranges::sort(numbered, {}, numberOf);
+    numbered.insert(numbered.end(), others.begin(), others.end());
+    return numbered;
 }
 
 }  // namespace
@@ -234,8 +237,7 @@ std::string threadStateText(const ReportFields& report) {
 std::string imagesText(const ReportFields& report) {
     std::vector<ReportFields> images;
     for (const Value& entry : report.list("binary_images")) images.emplace_back(entry.asDictionary());
-    std::ranges::stable_sort(images, {},
-                             [](const ReportFields& image) { return image.number("image_addr"); });
+    std::ranges::sort(images, {}, [](const ReportFields& image) { return image.number("image_addr"); });
     std::string text = "Binary Images:\n";
     for (const ReportFields& image : images) {
         const std::uint64_t start = image.number("image_addr");

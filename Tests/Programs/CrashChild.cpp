@@ -31,7 +31,11 @@
 namespace childfaults {
 
 // Named so that a report's symbols can be looked for; none may be folded away.
+#if defined(__clang__)
+#define ZQ_KEEP __attribute__((noinline, used))
+#else
 #define ZQ_KEEP __attribute__((noinline, noclone, used))
+#endif
 
 class OddError final : public std::runtime_error {
   public:
@@ -88,6 +92,13 @@ ZQ_KEEP int overflow(int depth) {
 ZQ_KEEP void throwError() { throw OddError("no such thing: \"quoted\"\n第二行"); }
 ZQ_KEEP void throwText() { throw "plain text"; }
 ZQ_KEEP void throwInt() { throw 7; }
+std::atomic<int> standing{0};
+
+ZQ_KEEP void standAbout() {
+    ++standing;
+    standing.notify_one();
+    for (;;) pause();
+}
 ZQ_KEEP void callNull() {
     void (*volatile nowhere)() = nullptr;
     nowhere();
@@ -196,7 +207,8 @@ int main(int argc, char** argv) {
     std::printf("ready\n");
     std::fflush(stdout);
     if (busy) {
-        for (int i = 0; i < 3; ++i) std::thread(stand).detach();
+        for (int i = 0; i < 3; ++i) std::thread(childfaults::standAbout).detach();
+        for (int seen = 0; seen < 3; seen = childfaults::standing) childfaults::standing.wait(seen);
     }
     const auto& body = kFaults.at(fault);
     began = std::chrono::steady_clock::now();

@@ -239,7 +239,7 @@ TEST_F(CrashCapture, ShowsWhatTheOtherThreadsWereAt) {
     int standing = 0;
     for (const Value& thread : ReportFields(&found).in("crash").list("threads")) {
         const ReportFields fields(thread.asDictionary());
-        if (!fields.isTrue("crashed") && passes(fields, "pause")) ++standing;
+        if (!fields.isTrue("crashed") && passes(fields, "childfaults::standAbout")) ++standing;
     }
     EXPECT_EQ(standing, 3);
 }
