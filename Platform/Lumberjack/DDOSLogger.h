@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -23,6 +24,9 @@ class ZQ_EXPORT DDOSLogger final : public DDLogger {
                                                           int fallback = STDERR_FILENO);
     ~DDOSLogger() override;
 
+    /// Where lines go without a journal, from the next line on; -1 drops them. Any thread.
+    void setFallback(int descriptor) noexcept { fallback_.store(descriptor, std::memory_order_relaxed); }
+
     void logMessage(const DDLogMessage& message) override;
 
   private:
@@ -30,7 +34,7 @@ class ZQ_EXPORT DDOSLogger final : public DDLogger {
 
     class Journal;
     std::unique_ptr<Journal> journal_;
-    int fallback_;
+    std::atomic<int> fallback_;
 };
 
 }  // namespace zqcore::platform

@@ -21,26 +21,6 @@ constexpr const char* kPanelMessage =
     "⚠️ 请保持选中当前文件夹，并直接点击右下角「确认安装」按钮";
 constexpr const char* kPanelPrompt = "确定安装";
 
-std::string_view caseName(Status status) {
-    switch (status) {
-        case Status::userCancel:
-            return "userCancel";
-        case Status::userChangeDirectory:
-            return "userChangeDirectory";
-        case Status::sourceFileNotExist:
-            return "sourceFileNotExist";
-        case Status::installPathNotFound:
-            return "installPathNotFound";
-        case Status::createScriptDirectoryFail:
-            return "createScriptDirectoryFail";
-        case Status::copyFail:
-            return "copyFail";
-        case Status::success:
-            return "success";
-    }
-    return "";
-}
-
 bool fileExists(std::string_view path) { return NSFileManager::defaultManager().fileExistsAtPath(path); }
 
 /// A panel may give a path that is still encoded.
@@ -163,6 +143,26 @@ void AppleScriptInstaller::callback(Status status, const Completion& completion)
                "; isInstalled=" + (installed ? "true" : "false");
     });
     if (completion) completion(installed ? Status::success : status);
+}
+
+std::string_view caseName(AppleScriptInstaller::Status status) noexcept {
+    switch (status) {
+        case Status::userCancel:
+            return "userCancel";
+        case Status::userChangeDirectory:
+            return "userChangeDirectory";
+        case Status::sourceFileNotExist:
+            return "sourceFileNotExist";
+        case Status::installPathNotFound:
+            return "installPathNotFound";
+        case Status::createScriptDirectoryFail:
+            return "createScriptDirectoryFail";
+        case Status::copyFail:
+            return "copyFail";
+        case Status::success:
+            return "success";
+    }
+    return "";
 }
 
 }  // namespace zqcore

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "Platform/Base/Export.h"
 
@@ -57,5 +58,8 @@ class ZQ_EXPORT AppleScriptInstaller final : public std::enable_shared_from_this
     std::string sourceFilePath_;
     std::string installFileName_;
 };
+
+/// The name of the case, as log lines carry it.
+[[nodiscard]] ZQ_EXPORT std::string_view caseName(AppleScriptInstaller::Status status) noexcept;
 
 }  // namespace zqcore

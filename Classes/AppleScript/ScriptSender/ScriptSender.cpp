@@ -23,30 +23,6 @@ constexpr const char* kFunctionName = "send";
 constexpr const char* kScriptName = "SendRequestChannel";
 constexpr const char* kScriptExtension = "scpt";
 
-std::string_view caseName(Status status) {
-    switch (status) {
-        case Status::success:
-            return "success";
-        case Status::fail:
-            return "fail";
-        case Status::notInstalledApp:
-            return "notInstalledApp";
-        case Status::notInstalledAppleScript:
-            return "notInstalledAppleScript";
-        case Status::initializationFailed:
-            return "initializationFailed";
-        case Status::encodeRequestFail:
-            return "encodeRequestFail";
-        case Status::appleScriptPermission:
-            return "appleScriptPermission";
-        case Status::decodeResponseFail:
-            return "decodeResponseFail";
-        case Status::notReachMinimumVersion:
-            return "notReachMinimumVersion";
-    }
-    return "";
-}
-
 std::shared_ptr<AppleScriptInstaller> makeInstaller() {
     std::optional<std::string> source;
     if (const auto bundle = ZQCoreBundle::bundle())
@@ -125,6 +101,30 @@ std::shared_ptr<NSUserAppleScriptTask> ScriptSender::generateAppleScriptTask() c
         return nullptr;
     }
     return std::move(*task);
+}
+
+std::string_view caseName(ScriptSender::Status status) noexcept {
+    switch (status) {
+        case Status::success:
+            return "success";
+        case Status::fail:
+            return "fail";
+        case Status::notInstalledApp:
+            return "notInstalledApp";
+        case Status::notInstalledAppleScript:
+            return "notInstalledAppleScript";
+        case Status::initializationFailed:
+            return "initializationFailed";
+        case Status::encodeRequestFail:
+            return "encodeRequestFail";
+        case Status::appleScriptPermission:
+            return "appleScriptPermission";
+        case Status::decodeResponseFail:
+            return "decodeResponseFail";
+        case Status::notReachMinimumVersion:
+            return "notReachMinimumVersion";
+    }
+    return "";
 }
 
 }  // namespace zqcore

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "Classes/AppleScript/RequestCommand/ASRequestCarrier.h"
@@ -64,5 +65,8 @@ class ZQ_EXPORT ScriptSender final {
     std::string appId_;
     std::shared_ptr<AppleScriptInstaller> scriptInstaller_;
 };
+
+/// The name of the case, as log lines carry it.
+[[nodiscard]] ZQ_EXPORT std::string_view caseName(ScriptSender::Status status) noexcept;
 
 }  // namespace zqcore

@@ -262,7 +262,13 @@ std::shared_ptr<void> SessionBus::listen(const std::string& name, NotificationHa
         open = access.failure() == 0;
         if (open) subscribe(access.bus(), *listener);
     }
-    if (!open) openAgain(0);
+    if (open) {
+        // The bus answers in order: once it has, it knows the match, and nothing that is posted now is
+        // missed.
+        (void)callDaemon("GetNameOwner", "org.freedesktop.DBus");
+    } else {
+        openAgain(0);
+    }
     void* token = listener.get();
     return {token, [this, listener = std::move(listener)](void*) { stopListening(listener); }};
 }
