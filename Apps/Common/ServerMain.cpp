@@ -1,0 +1,117 @@
+#include "Apps/Common/ServerMain.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/signalfd.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "Classes/AppleScript/DistributedSender/DistributedSender.h"
+#include "Classes/AppleScript/RequestCommand/CommonRequests.h"
+#include "Classes/Core/Utility/ZQInfo.h"
+#include "Classes/Log/Log/ZQLog.h"
+#include "Platform/Dispatch/RunLoop.h"
+
+namespace demo {
+
+using namespace zqcore;
+
+namespace {
+
+/// A launch notification is answered by nothing but a line in the log.
+struct ServeDistributedLaunch : DistributedLaunchNotification {
+    using DistributedLaunchNotification::DistributedLaunchNotification;
+    static void handle(const std::shared_ptr<RequestValue>& request, const ASCompletion& completion) {
+        ZQLogInfo([&] {
+            const auto& client = request->client;
+            return "launched by " +
+                   (client && client->identifier ? *client->identifier : std::string("somebody"));
+        });
+        completion(ResponseValue::make());
+    }
+};
+
+void hearNotifications() {
+    DistributedSender::defaultSender()->injectPostHandler(
+        [](const std::string& path, const std::string& json) {
+            if (path == DistributedLaunchNotification::path()) {
+                DistributedSender::defaultSender()->handle<ServeDistributedLaunch>(json);
+            }
+        });
+}
+
+const char* reason(ScriptingServeStatus status) {
+    switch (status) {
+        case ScriptingServeStatus::serving:
+            return "";
+        case ScriptingServeStatus::invalidIdentifier:
+            return "the identifier makes no bus name";
+        case ScriptingServeStatus::nameTaken:
+            return "another process serves it";
+        case ScriptingServeStatus::noBus:
+            return "there is no session bus";
+    }
+    return "";
+}
+
+}  // namespace
+
+bool parseServerOptions(int argc, char** argv, ServerOptions& options, std::string_view help,
+                        const std::function<bool(std::string_view, std::string_view)>& other) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view name = argv[i];
+        if (name == "--help") {
+            std::fwrite(help.data(), 1, help.size(), stdout);
+            std::exit(0);
+        }
+        const char* value = i + 1 < argc ? argv[i + 1] : nullptr;
+        if (value && name == "--without") {
+            options.without.emplace_back(value);
+        } else if (value && name == "--end-with") {
+            options.endWith = std::atoi(value);
+        } else if (!value || !other(name, value)) {
+            std::fprintf(stderr, "%s: what is \"%s\"? --help tells the options\n", argv[0], argv[i]);
+            return false;
+        }
+        ++i;
+    }
+    return true;
+}
+
+int runServer(const ServerOptions& options, NSScriptSuiteRegistry::CommandFactory makeCommand) {
+    // Before any thread is made, so that all of them inherit the mask and the signals wait for the loop.
+    sigset_t ending;
+    sigemptyset(&ending);
+    sigaddset(&ending, SIGTERM);
+    sigaddset(&ending, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &ending, nullptr);
+
+    const int signals = signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
+    const auto watch = RunLoop::main().watch(signals, POLLIN, [](short) { RunLoop::main().stop(); });
+    std::unique_ptr<RunLoop::Watch> guardian;
+    if (options.endWith > 0) {
+        // A process's descriptor becomes readable when it ends; one that can't be opened has ended already.
+        const int process = static_cast<int>(syscall(SYS_pidfd_open, options.endWith, 0));
+        if (process < 0) return 0;
+        guardian = RunLoop::main().watch(process, POLLIN, [](short) { RunLoop::main().stop(); });
+    }
+
+    hearNotifications();
+    const std::string identifier = ZQInfo::appIdentifier();
+    const auto status = NSScriptSuiteRegistry::serve(identifier, std::move(makeCommand));
+    if (status != ScriptingServeStatus::serving) {
+        ZQLogError([&] { return "can't serve " + identifier + ": " + reason(status); });
+        std::fprintf(stderr, "can't serve %s: %s\n", identifier.c_str(), reason(status));
+        return 1;
+    }
+    ZQLogInfo([&] { return "serving " + identifier; });
+    RunLoop::main().run();
+    ZQLogInfo([&] { return identifier + " ends"; });
+    NSScriptSuiteRegistry::stopServing(identifier);
+    return 0;
+}
+
+}  // namespace demo

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Classes/AppleScript/RequestCommand/ASCompletion.h"
+#include "Classes/AppleScript/RequestCommand/CommonRequests.h"
+#include "Classes/AppleScript/RequestCommand/OrbelHelperRequests.h"
+
+// The helper's handlers, one for each request that is addressed to it. They run on the queue of all commands.
+namespace demo {
+
+struct ServeOpen : zqcore::OrbelHelperOpenRequest {
+    using OrbelHelperOpenRequest::OrbelHelperOpenRequest;
+    static void handle(const std::shared_ptr<RequestValue>& request, const zqcore::ASCompletion& completion);
+};
+
+struct ServeHotkey : zqcore::OrbelHelperHotkeyRequest {
+    using OrbelHelperHotkeyRequest::OrbelHelperHotkeyRequest;
+    static void handle(const std::shared_ptr<RequestValue>& request, const zqcore::ASCompletion& completion);
+};
+
+struct ServeToggle : zqcore::OrbelHelperToggleRequest {
+    using OrbelHelperToggleRequest::OrbelHelperToggleRequest;
+    static void handle(const std::shared_ptr<RequestValue>& request, const zqcore::ASCompletion& completion);
+};
+
+struct ServeSelectedText : zqcore::OrbelHelperSelectedTextRequest {
+    using OrbelHelperSelectedTextRequest::OrbelHelperSelectedTextRequest;
+    static void handle(const std::shared_ptr<RequestValue>& request, const zqcore::ASCompletion& completion);
+};
+
+struct ServeCurrentApp : zqcore::OrbelHelperCurrentAppRequest {
+    using OrbelHelperCurrentAppRequest::OrbelHelperCurrentAppRequest;
+    static void handle(const std::shared_ptr<RequestValue>& request, const zqcore::ASCompletion& completion);
+};
+
+struct ServeLaunch : zqcore::CommonLaunchRequest {
+    using CommonLaunchRequest::CommonLaunchRequest;
+    static void handle(const std::shared_ptr<RequestValue>& request, const zqcore::ASCompletion& completion);
+};
+
+struct ServeHotkeyFetch : zqcore::CommonHotkeyFetchRequest {
+    using CommonHotkeyFetchRequest::CommonHotkeyFetchRequest;
+    static void handle(const std::shared_ptr<RequestValue>& request, const zqcore::ASCompletion& completion);
+};
+
+struct ServeHotkeyHandle : zqcore::CommonHotkeyHandleRequest {
+    using CommonHotkeyHandleRequest::CommonHotkeyHandleRequest;
+    static void handle(const std::shared_ptr<RequestValue>& request, const zqcore::ASCompletion& completion);
+};
+
+}  // namespace demo

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zq {
+
+/// What the program tells the shell. The numbers are part of its interface and stand in every command's help.
+enum ExitCode : int {
+    kDone = 0,
+    kAnsweredWithError = 1,
+    kUsage = 2,
+    kNotDelivered = 3,
+    kNoAnswerInTime = 4,
+    kUnreadable = 5,
+};
+
+/// One word of the command line: what it does, how it is taught, and what runs.
+struct Command {
+    std::string_view name;
+    /// One line for the overview.
+    std::string_view summary;
+    /// The text of `zq NAME --help`: usage, options, an example.
+    std::string_view help;
+    /// Options and words that the shell may offer after the name, separated by blanks.
+    std::string_view completions;
+    /// Left out of the overview: called by our own scripts.
+    bool hidden;
+    int (*run)(std::span<const std::string> arguments);
+};
+
+/// All commands in the order of the overview.
+[[nodiscard]] std::vector<const Command*> allCommands();
+
+// One function a command; each lives in a source of its own.
+extern const Command kSendCommand;
+extern const Command kInfoCommand;
+extern const Command kListenCommand;
+extern const Command kListCommand;
+extern const Command kInstallScriptCommand;
+extern const Command kLogCommand;
+extern const Command kRelayCommand;
+extern const Command kCompletionCommand;
+
+/// Writes "zq: MESSAGE" to standard error and gives `code`.
+int complain(std::string_view message, ExitCode code = kUsage);
+
+}  // namespace zq

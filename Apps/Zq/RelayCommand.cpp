@@ -1,0 +1,67 @@
+#include <cstdio>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Apps/Zq/Arguments.h"
+#include "Apps/Zq/Command.h"
+#include "Platform/Scripting/SBApplication.h"
+
+namespace zq {
+
+using namespace zqcore;
+
+namespace {
+
+/// Keeps the event's failure for after the call.
+struct Failure final : SBApplicationDelegate {
+    std::optional<NSError> error;
+    void eventDidFail(std::string_view, const NSError& failure) override { error = failure; }
+};
+
+std::string standardInput() {
+    std::string text;
+    char buffer[65536];
+    for (std::size_t got; (got = std::fread(buffer, 1, sizeof buffer, stdin)) > 0;) text.append(buffer, got);
+    return text;
+}
+
+/// The installed script hands the last line of standard error on to its caller.
+int fail(long code, const std::string& text) {
+    std::fprintf(stderr, "error %ld: %s\n", code, text.c_str());
+    return kNotDelivered;
+}
+
+int run(std::span<const std::string> arguments) {
+    const auto parsed = Arguments::parse(arguments, {}, 1, 1);
+    if (!parsed) return kUsage;
+    const std::string& identifier = parsed->words()[0];
+    const auto application = SBApplication::make(identifier);
+    if (!application) return fail(-600, "no application has the identifier " + identifier);
+    const auto failure = std::make_shared<Failure>();
+    application->setDelegate(failure);
+    const auto answer = application->request(standardInput());
+    if (failure->error) return fail(failure->error->code(), failure->error->localizedDescription());
+    if (!answer) return fail(-1708, "the command gave no result");
+    std::fwrite(answer->data(), 1, answer->size(), stdout);
+    return std::fflush(stdout) == 0 ? kDone : kUnreadable;
+}
+
+}  // namespace
+
+const Command kRelayCommand = {
+    .name = "relay",
+    .summary = "carry a text from standard input to an application as it is",
+    .help =
+        "usage: zq relay IDENTIFIER < TEXT\n\n"
+        "Hands standard input, unchanged, to the application's command and prints what it answers. The "
+        "installed\n"
+        "user script calls it. A failure ends with exit code 3 and \"error NUMBER: TEXT\" on standard "
+        "error.\n",
+    .completions = "com.tessaradev.Orbel com.tessaradev.OrbelHelper",
+    .hidden = true,
+    .run = run,
+};
+
+}  // namespace zq

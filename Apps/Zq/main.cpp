@@ -1,0 +1,75 @@
+// zq: the command line by which people and scripts talk to the two applications. JSON goes to standard
+// output, messages for people to standard error.
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "Apps/Zq/Command.h"
+#include "Platform/Lumberjack/DDOSLogger.h"
+
+namespace zq {
+
+namespace {
+
+constexpr const Command* kCommands[] = {
+    &kSendCommand,          &kInfoCommand, &kListenCommand, &kListCommand,
+    &kInstallScriptCommand, &kLogCommand,  &kRelayCommand,  &kCompletionCommand,
+};
+
+void printOverview(std::FILE* out) {
+    std::fputs(
+        "zq talks to Orbel and its helper.\n\n"
+        "usage: zq COMMAND [WORDS] [OPTIONS]\n\n",
+        out);
+    for (const Command* command : kCommands) {
+        if (command->hidden) continue;
+        std::fprintf(out, "  %-16.*s %.*s\n", static_cast<int>(command->name.size()), command->name.data(),
+                     static_cast<int>(command->summary.size()), command->summary.data());
+    }
+    std::fputs(
+        "\nzq COMMAND --help teaches one command.\n"
+        "Exit codes: 0 done, 1 the answer holds an error, 2 the command line is wrong, 3 the request was "
+        "not\n"
+        "delivered or its answer not understood, 4 no answer in time, 5 a file or a text could not be read.\n"
+        "With ZQ_LOG_TO_STDERR set, the lines of the log go to standard error as well where there is no "
+        "journal.\n",
+        out);
+}
+
+}  // namespace
+
+std::vector<const Command*> allCommands() { return {std::begin(kCommands), std::end(kCommands)}; }
+
+int complain(std::string_view message, ExitCode code) {
+    std::fprintf(stderr, "zq: %.*s\n", static_cast<int>(message.size()), message.data());
+    return code;
+}
+
+}  // namespace zq
+
+int main(int argc, char** argv) {
+    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    if (words.empty()) {
+        zq::printOverview(stderr);
+        return zq::kUsage;
+    }
+    if (words[0] == "--help" || words[0] == "help") {
+        zq::printOverview(stdout);
+        return zq::kDone;
+    }
+    // Standard error is for people here; the log has its file, and the journal where there is one.
+    if (!std::getenv("ZQ_LOG_TO_STDERR")) zqcore::DDOSLogger::sharedInstance()->setFallback(-1);
+    const auto all = zq::allCommands();
+    const auto command =
+        std::find_if(all.begin(), all.end(), [&](auto* each) { return each->name == words[0]; });
+    if (command == all.end())
+        return zq::complain("there is no command \"" + words[0] + "\"; zq --help lists them");
+    if (std::find(words.begin() + 1, words.end(), "--help") != words.end()) {
+        std::fwrite((*command)->help.data(), 1, (*command)->help.size(), stdout);
+        return zq::kDone;
+    }
+    return (*command)->run(std::span(words).subspan(1));
+}
