@@ -1,0 +1,184 @@
+// The command line against the two demonstration servers: real processes over a bus of the test's own.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "Classes/Core/Utility/Codable/JSONTool.h"
+#include "TestKit/ChildProcess.h"
+#include "TestKit/PrivateBus.h"
+
+namespace zqcore {
+namespace {
+
+using testkit::ChildProcess;
+using testkit::PrivateBus;
+
+constexpr const char* kHelper = "com.tessaradev.OrbelHelper";
+constexpr const char* kOrbel = "com.tessaradev.Orbel";
+
+class ZqTest : public testing::Test {
+  protected:
+    struct Ended {
+        int code = -1;
+        Value output;
+
+        /// The value at a way of keys, null if there is none.
+        [[nodiscard]] Value at(std::initializer_list<std::string_view> keys) const {
+            const Value* value = &output;
+            for (const auto key : keys) {
+                const auto* dictionary = value->asDictionary();
+                value = dictionary ? dictionary->find(key) : nullptr;
+                if (!value) return {};
+            }
+            return *value;
+        }
+    };
+
+    void SetUp() override {
+        ASSERT_TRUE(bus_.running());
+        bus_.addService(kHelper, app("orbel-helper") + " --current-app org.example.Editor,Editor,3.2");
+        bus_.addService(kOrbel, app("orbel") + " --without ocr");
+    }
+
+    static std::string app(const std::string& name) { return std::string(ZQ_TEST_APPS) + "/" + name; }
+
+    static Ended zq(std::vector<std::string> words) {
+        words.insert(words.begin(), app("zq"));
+        ChildProcess process(words);
+        Ended ended;
+        if (const auto line = process.readLine())
+            ended.output = JSONTool::decodeToJSONObject(*line).value_or(*line);
+        ended.code = process.wait();
+        return ended;
+    }
+
+    PrivateBus bus_;
+};
+
+TEST_F(ZqTest, TellsByItsExitCodeHowARequestEnded) {
+    const auto info = zq({"info", "--to", kHelper});
+    EXPECT_EQ(info.code, 0);
+    EXPECT_EQ(info.at({"status"}), Value("success"));
+    EXPECT_EQ(info.at({"response", "server", "identifier"}), Value(kHelper));
+    EXPECT_EQ(info.at({"response", "requestId"}), info.at({"request", "requestId"}));
+
+    const auto unknown = zq({"send", "nowhere", "--to", kHelper, "--body", R"({"any":[1,null]})"});
+    EXPECT_EQ(unknown.code, 1) << "the answer holds an error";
+    EXPECT_EQ(unknown.at({"request", "path"}), Value("nowhere"));
+    EXPECT_EQ(unknown.at({"response", "error", "code"}), Value("unsupportedPath"));
+
+    EXPECT_EQ(zq({"send", "info"}).code, 2) << "nobody is addressed";
+    EXPECT_EQ(zq({"send", "open", "--to", kHelper, "--body", "{no JSON"}).code, 2);
+    EXPECT_EQ(zq({"send", "toggle", "--to", kHelper, "--body", "{}"}).code, 2) << "that request has no body";
+    const auto absent = zq({"info", "--to", "org.example.Absent"});
+    EXPECT_EQ(absent.code, 3);
+    EXPECT_EQ(absent.at({"status"}), Value("notInstalled"));
+    EXPECT_EQ(zq({"send", "open", "--to", kHelper, "--body-file", "/nowhere/at/all"}).code, 5);
+}
+
+TEST_F(ZqTest, TheHelperKeepsItsState) {
+    const auto state = [](const Ended& ended) { return ended.at({"response", "body", "state"}); };
+    EXPECT_EQ(state(zq({"send", "toggle", "--to", kHelper})), Value(true));
+    EXPECT_EQ(state(zq({"send", "toggle", "--to", kHelper})), Value(false));
+
+    const auto hotkey = [](const std::string& body) {
+        return zq({"send", "hotkey", "--to", kHelper, "--body", body});
+    };
+    const auto count = [](const std::string& body) {
+        const Value found =
+            zq({"send", "hotkey/fetch", "--to", kHelper, "--body", body}).at({"response", "body", "hotkeys"});
+        return found.asArray() ? static_cast<int>(found.asArray()->size()) : -1;
+    };
+    EXPECT_EQ(
+        hotkey(
+            R"({"action":"register","hotkeys":[{"identifier":"a","key":"A"},{"identifier":"b","key":"B"}]})")
+            .code,
+        0);
+    EXPECT_EQ(count(R"({"fetchAll":true})"), 2);
+    EXPECT_EQ(count(R"({"identifiers":["b","c"]})"), 1);
+    EXPECT_EQ(
+        hotkey(R"({"action":"register","hotkeys":[{"identifier":"c","key":"C"},{"identifier":"d"}]})").code,
+        1)
+        << "one without a key refuses them all";
+    EXPECT_EQ(count(R"({"fetchAll":true})"), 2);
+    EXPECT_EQ(hotkey(R"({"action":"dance"})").code, 1) << "an unsupported action is answered with an error";
+    EXPECT_EQ(hotkey(R"({"action":"unregisterAll"})").code, 0);
+    EXPECT_EQ(count(R"({"fetchAll":true})"), 0);
+
+    EXPECT_EQ(zq({"send", "current/app", "--to", kHelper}).at({"response", "body", "app", "version"}),
+              Value("3.2"));
+    const auto text = zq({"send", "selected/text", "--to", kHelper, "--body", R"({"location":[12.5,30]})"});
+    EXPECT_EQ(text.at({"response", "body", "status"}), Value(10)) << "no text was told at the start";
+}
+
+TEST_F(ZqTest, AServerThatNeverHeardOfARequestSaysSo) {
+    const auto refused = zq({"send", "ocr", "--to", kOrbel, "--body", R"({"action":"snipOCR"})"});
+    EXPECT_EQ(refused.at({"response", "error", "code"}), Value("unsupportedPath"));
+    EXPECT_EQ(
+        zq({"send", "translate", "--to", kOrbel, "--body", R"({"action":"translateText","text":"a"})"}).code,
+        0);
+    EXPECT_EQ(zq({"send", "translate", "--to", kOrbel, "--body", R"({"action":"translateText"})"}).code, 1);
+}
+
+TEST_F(ZqTest, TheUserScriptCarriesSmallAndLargeTexts) {
+    EXPECT_EQ(zq({"info", "--to", kHelper, "--via", "script"}).at({"status"}),
+              Value("notInstalledAppleScript"));
+    EXPECT_EQ(zq({"install-script", "--yes"}).at({"status"}), Value("success"));
+    EXPECT_EQ(zq({"info", "--to", kHelper, "--via", "script"}).code, 0);
+
+    const auto file = bus_.directory() / "body.json";
+    std::ofstream(file) << R"({"action":"translateImage","imageBase64":")" << std::string(4 << 20, 'A')
+                        << R"("})";
+    for (const char* carrier : {"script", "bridge"}) {
+        const auto sent = zq(
+            {"send", "translate", "--to", kOrbel, "--via", carrier, "--body-file", file.string(), "--brief"});
+        EXPECT_EQ(sent.code, 0) << carrier;
+    }
+}
+
+TEST_F(ZqTest, RelayHandsTextsThroughAsTheyAre) {
+    ChildProcess process({"/bin/sh", "-c", "printf 'no JSON' | " + app("zq") + " relay " + kHelper});
+    const auto answer = JSONTool::decodeToJSONObject(process.readLine().value_or(""));
+    EXPECT_EQ(process.wait(), 0);
+    ASSERT_TRUE(answer && answer->asDictionary());
+    const Value* error = answer->asDictionary()->find("error");
+    ASSERT_TRUE(error);
+    EXPECT_EQ(*error->asDictionary()->find("code"), Value("invalidParameter"));
+    EXPECT_EQ(zq({"relay", "org.example.Absent"}).code, 3);
+}
+
+TEST_F(ZqTest, ABroadcastIsHeardOnceListeningIsSaid) {
+    ChildProcess listener({"/bin/sh", "-c", "exec " + app("zq") + " listen --count 1 --timeout 60 2>&1"});
+    ASSERT_EQ(listener.readLine(), "listening");
+    EXPECT_EQ(zq({"send", "launch", "--via", "distributed"}).at({"status"}), Value("posted"));
+    const auto line = JSONTool::decodeToJSONObject(listener.readLine().value_or(""));
+    ASSERT_TRUE(line && line->asDictionary());
+    EXPECT_EQ(*line->asDictionary()->find("from"), Value("com.tessaradev.zq"));
+    EXPECT_EQ(listener.wait(), 0);
+}
+
+TEST_F(ZqTest, TheLogLevelOfAnApplicationIsKeptInItsSettings) {
+    EXPECT_EQ(zq({"log", "level", "--to", kHelper}).at({"level"}), Value());
+    EXPECT_EQ(zq({"log", "level", "31", "--to", kHelper}).at({"level"}), Value(31));
+    EXPECT_EQ(zq({"log", "level", "--to", kHelper}).at({"level"}), Value(31));
+    EXPECT_EQ(zq({"log", "level"}).at({"level"}), Value()) << "each application has its own";
+    EXPECT_EQ(zq({"log", "level", "loud"}).code, 2);
+}
+
+TEST_F(ZqTest, ListsEveryRequestWithItsFields) {
+    const auto all = zq({"list"});
+    ASSERT_TRUE(all.output.asArray());
+    EXPECT_EQ(all.output.asArray()->size(), 12U);
+    const auto one = zq({"list", "current/app"});
+    ASSERT_TRUE(one.output.asArray() && one.output.asArray()->size() == 1);
+    const auto& fields = *(*one.output.asArray())[0].asDictionary();
+    EXPECT_EQ(*fields.find("minVersion"), Value("0.1.0"));
+    EXPECT_TRUE(fields.find("request")->asDictionary()->find("body.location"));
+    EXPECT_EQ(zq({"list", "nowhere"}).code, 2);
+}
+
+}  // namespace
+}  // namespace zqcore
