@@ -61,19 +61,25 @@ class TimerSource final : public DispatchSourceTimer,
         ended = std::move(handler_);
     }
 
-    Submission comeDue() noexcept override {
-        return {queue_, [weak = weak_from_this()] {
-                    if (const auto self = weak.lock()) self->fire();
-                }};
-    }
+    Submission comeDue() noexcept override { return {queue_, firing()}; }
 
   private:
+    [[nodiscard]] DispatchBlock firing() {
+        return [weak = weak_from_this()] {
+            if (const auto self = weak.lock()) self->fire();
+        };
+    }
+
     // On the queue. The source is due again only from here on, so firings that were missed come as one.
     void fire() {
         std::shared_ptr<const std::function<void()>> handler;
         {
             const std::lock_guard lock(mutex_);
             if (cancelled_) return;
+            // A global queue runs blocks side by side, but a handler never beside itself.
+            missed_ = running_;
+            if (running_) return;
+            running_ = true;
             handler = handler_;
             if (interval_ != Duration::max()) {
                 next_.at = following();
@@ -81,6 +87,9 @@ class TimerSource final : public DispatchSourceTimer,
             }
         }
         if (handler && *handler) (*handler)();
+        const std::lock_guard lock(mutex_);
+        running_ = false;
+        if (missed_ && !cancelled_) queue_->async(firing());
     }
 
     // The first of start + N intervals that lies ahead.
@@ -100,6 +109,8 @@ class TimerSource final : public DispatchSourceTimer,
     Duration interval_ = Duration::max();
     bool resumed_ = false;
     bool cancelled_ = false;
+    bool running_ = false;  // its handler
+    bool missed_ = false;   // a firing that came meanwhile
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <malloc.h>
 
 #include <latch>
+#include <semaphore>
 #include <vector>
 
 #include "Platform/Dispatch/RunLoop.h"
@@ -84,6 +85,25 @@ TEST_F(DispatchSourceTimerTest, MissedFiringsComeAsOneAndTheGridStays) {
     stepped.count_down();
     queue_->sync([] {});
     EXPECT_EQ(fired_, (Durations{1s, 4500ms})) << "2, 3 and 4 s as one call";
+    clock_.advance(500ms);
+    EXPECT_EQ(fired_, (Durations{1s, 4500ms, 5s}));
+}
+
+TEST_F(DispatchSourceTimerTest, AHandlerNeverRunsBesideItselfOnAGlobalQueue) {
+    queue_ = DispatchQueue::global();
+    std::latch stepped(1);
+    std::counting_semaphore<> firedAgain{0};
+    bool blockedOnce = false;
+    const auto source = timer(DispatchTime::now(1s), 1s, [&] {
+        fired_.push_back(elapsed());
+        if (std::exchange(blockedOnce, true)) return firedAgain.release();
+        const DispatchBlockingScope scope;
+        stepped.wait();
+    });
+    clock_.advance(4500ms);
+    EXPECT_EQ(fired_, (Durations{1s}));
+    stepped.count_down();
+    firedAgain.acquire();
     clock_.advance(500ms);
     EXPECT_EQ(fired_, (Durations{1s, 4500ms, 5s}));
 }
