@@ -6,14 +6,19 @@
 
 namespace zqcore {
 
-/// `seconds` as the clock counts, cut to whole nanoseconds and held at the ends of the range; a NaN is 0.
-[[nodiscard]] inline Clock::Duration durationFromSeconds(double seconds) noexcept {
-    const double nanoseconds = seconds * 1e9;
+/// A count of nanoseconds as the clock holds it: cut to whole ones, held at the ends of the range; a NaN is
+/// 0.
+[[nodiscard]] inline Clock::Duration durationFromNanoseconds(double nanoseconds) noexcept {
     if (std::isnan(nanoseconds)) return {};
     // 2^63 is the first double beyond the range.
     if (nanoseconds >= 0x1p63) return Clock::Duration::max();
     if (nanoseconds < -0x1p63) return Clock::Duration::min();
     return Clock::Duration(static_cast<Clock::Duration::rep>(nanoseconds));
+}
+
+/// The same for seconds.
+[[nodiscard]] inline Clock::Duration durationFromSeconds(double seconds) noexcept {
+    return durationFromNanoseconds(seconds * 1e9);
 }
 
 /// Moments of the monotonic time, as the platform's literals give them. Write `2_fromNow` after
@@ -29,7 +34,8 @@ class DispatchTimeLiteral final {
     }
     /// Now plus so many seconds, cut to whole milliseconds.
     [[nodiscard]] static DispatchTime floating(double seconds) noexcept {
-        return DispatchTime::now(durationFromSeconds(std::trunc(seconds * 1000.0) / 1000.0));
+        // Not by way of seconds again: 1.025 s is no double, and would lose a nanosecond.
+        return DispatchTime::now(durationFromNanoseconds(std::trunc(seconds * 1000.0) * 1e6));
     }
 };
 

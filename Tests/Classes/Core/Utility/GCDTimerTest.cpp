@@ -107,6 +107,8 @@ TEST_F(GCDTimerTest, LiteralsCountFromNow) {
     EXPECT_EQ(sinceNow(2_fromNow), 2s);
     EXPECT_EQ(sinceNow(1.9999_fromNow), 1999ms) << "cut to whole milliseconds";
     EXPECT_EQ(sinceNow(DispatchTimeLiteral::floating(-0.0019)), -1ms);
+    for (int count = 0; count < 4000; ++count)
+        EXPECT_EQ(sinceNow(DispatchTimeLiteral::floating((count + 0.5) / 1000.0)), count * 1ms);
     EXPECT_EQ(sinceNow(DispatchTimeLiteral::integer(-3)), -3s);
     EXPECT_EQ((2_fromNow).base, DispatchTime::Base::monotonic);
 }
