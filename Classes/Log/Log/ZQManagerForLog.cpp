@@ -131,6 +131,7 @@ void ZQManagerForLog::configDDLog(DDLog& ddlog, std::string_view name) {
 }
 
 std::string ZQManagerForLog::rootLogDirectory() {
+    initialize();
     return stringByAppendingPathComponent(ZQPathFetcher::zqcoreLogsDirectory(), "ZQLogs");
 }
 
@@ -153,6 +154,7 @@ void ZQManagerForLog::setLogLevel(std::uint64_t level) {
 }
 
 void ZQManagerForLog::restoreLogLevel() {
+    initialize();
     const auto stored = NSUserDefaults::standardUserDefaults()->objectForKey(kLevelKey);
     if (!stored) return;
     if (const auto level = stored->numberAsUInt32())

@@ -46,6 +46,16 @@ class ZQManagerForLogTest : public testing::Test {
     }
 };
 
+TEST(ZQManagerForLogFirstUseTest, ALevelPutInForceAfterTheFirstUseIsKept) {
+    const auto& defaults = NSUserDefaults::standardUserDefaults();
+    defaults->setInteger(3, "ZQLog_logLevel");
+    ZQManagerForLog::restoreLogLevel();
+    ZQDefaultLogLevel = 31;
+    EXPECT_EQ(logging::level(), 31U) << "the first line restored the stored level once more";
+    defaults->setObject(Value(), "ZQLog_logLevel");
+    ZQDefaultLogLevel = 7;
+}
+
 std::string text(const std::optional<std::string>& value) { return value.value_or("(null)"); }
 
 TEST_F(ZQManagerForLogTest, WritesTheBannerLetterByLetter) {
