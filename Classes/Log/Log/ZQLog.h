@@ -59,13 +59,26 @@ template <Message T>
     }
 }
 
-/// Below the level a call costs two loads and builds nothing.
-template <Message T>
-void log(T&& message, std::uint64_t flag, DDLog* ddlog, const std::source_location& where) {
-    const std::uint64_t current = level();
-    if ((current & flag) == 0) return;
+/// What a call at or above the level does. Out of line, and with what it needs by value, so that below the
+/// level the caller neither saves a register nor stores anything. `T` is a reference for what the caller
+/// keeps.
+template <class T>
+[[gnu::noinline]] void build(T message, std::uint64_t current, std::uint64_t flag, DDLog* ddlog,
+                             std::source_location where) {
     write(text(std::forward<T>(message)), current, flag,
           ZQDefaultLogAsyncEnabled.load(std::memory_order_relaxed) != 0, ddlog, where);
+}
+
+/// Below the level a call costs two loads and builds nothing.
+template <Message T>
+inline void log(T&& message, std::uint64_t flag, DDLog* ddlog, const std::source_location& where) {
+    const std::uint64_t current = level();
+    if ((current & flag) == 0) return;
+    if constexpr (std::invocable<T&> || std::same_as<T, std::string>) {
+        build<T>(std::forward<T>(message), current, flag, ddlog, where);
+    } else {
+        build<std::string_view>(message, current, flag, ddlog, where);
+    }
 }
 
 }  // namespace logging
