@@ -85,7 +85,7 @@ class ZQPathFetcher::Virtual final : public ZQPathFetcherDifferentPath {
         static const std::string& path =
             immortal(madeDirectory(stringByAppendingPathComponent(
                                        firstUserDirectoryOrEmpty(NSSearchPathDirectory::applicationSupport),
-                                       ZQInfo::appIdentifier()),
+                                       "/" + ZQInfo::appIdentifier()),
                                    "/VirtualSandbox"));
         return path;
     }

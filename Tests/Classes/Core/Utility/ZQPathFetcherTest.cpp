@@ -39,6 +39,13 @@ TEST(ZQPathFetcherTest, AWildApplicationHasAPrivateTree) {
     EXPECT_FALSE(std::filesystem::exists(tree)) << "made once, not again";
 }
 
+TEST(ZQPathFetcherTest, WithoutApplicationSupportThePrivateTreeIsNotBelowTheWorkingDirectory) {
+    const testkit::TemporaryHome home;
+    const testkit::FakeSearchPaths paths(home.path());
+    const auto bundle = testkit::FakeBundle::named("dev/null");  // where nothing can be made
+    EXPECT_EQ(ZQPathFetcher::sandboxDirectory(), "/dev/null/VirtualSandbox");
+}
+
 TEST(ZQPathFetcherTest, ASandboxedApplicationUsesTheSystemsFolders) {
     const testkit::FakeBundle bundle(
         Value::Dictionary{{"ZQCore_sandboxed", true}, {"CFBundleIdentifier", "x"}});
