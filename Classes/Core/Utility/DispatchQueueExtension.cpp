@@ -36,7 +36,7 @@ void DispatchQueueExtension::once(std::string_view token, const std::function<vo
     const std::lock_guard lock(shared.lock);
     if (std::ranges::find(shared.seen, token) != shared.seen.end()) return;
     shared.seen.emplace_back(token);
-    block();
+    if (block) block();
 }
 
 void DispatchQueueExtension::once(const std::function<void()>& block, const std::source_location& where) {

@@ -68,6 +68,7 @@ TEST(ZQQueueTest, OnceTellsPlacesInTheSourceApart) {
     for (int i = 0; i < 3; ++i) {
         DispatchQueueExtension::once([&] { ++runs; });
         DispatchQueueExtension::once([&] { runs += 10; });
+        DispatchQueueExtension::once(nullptr);
     }
     EXPECT_EQ(runs, 11);
 }
