@@ -1,5 +1,7 @@
 #pragma once
 
+#include <concepts>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -50,12 +52,19 @@ class ZQ_EXPORT ScriptSender final {
     /// Whether the system knows the application; starts nothing.
     [[nodiscard]] bool isAppInstalled() const;
 
-    /// Sends `request`, and gives it back with its `responseValue` filled in on success.
+    /// Sends `request`, and gives it back with its `responseValue` filled in on success. An empty completion
+    /// is none.
     template <ASRequest R, std::invocable<Status, const std::shared_ptr<R>&> Completion>
     void request(std::shared_ptr<R> request, Completion completion) const {
         ASRequestCarrier carrier(request);
-        send(std::move(carrier), [request = std::move(request), completion = std::move(completion)](
-                                     Status status) mutable { completion(status, request); });
+        send(std::move(carrier),
+             [request = std::move(request), completion = std::move(completion)](Status status) mutable {
+                 // A function object may hold nothing; a plain lambda can't.
+                 if constexpr (std::constructible_from<Completion, std::nullptr_t>) {
+                     if (completion == nullptr) return;
+                 }
+                 completion(status, request);
+             });
     }
 
   private:

@@ -201,6 +201,15 @@ TEST_F(ScriptSenderTest, OneSenderCarriesManyRequestsAndNeedsNotToOutliveThem) {
     EXPECT_TRUE(RunLoop::main().runUntil([&] { return done == 8; }, std::chrono::seconds(60)));
 }
 
+TEST_F(ScriptSenderTest, AnEmptyCompletionIsNone) {
+    sender_ = ScriptSender("com.example.Unknown");
+    const std::function<void(Status, const std::shared_ptr<CommonInfoRequest>&)> empty;
+    sender_.request(CommonInfoRequest::make(), empty);
+    while (RunLoop::main().drain()) {
+    }
+    EXPECT_TRUE(log_.has(LogCapture::info, described("notInstalledApp", "(nil)", "(nil)"))) << log_;
+}
+
 /// The whole road: the library's own script, installed by its installer, a bus, and a second process.
 class ScriptRoadTest : public ScriptSenderTest {
   protected:
