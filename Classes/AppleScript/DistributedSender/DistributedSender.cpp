@@ -1,5 +1,6 @@
 #include "Classes/AppleScript/DistributedSender/DistributedSender.h"
 
+#include <exception>
 #include <utility>
 
 #include "Classes/Core/Utility/Codable/JSONTool.h"
@@ -9,10 +10,30 @@
 
 namespace zqcore {
 
+namespace {
+
+/// The handler is the application's code, and any process can bring it to run: what it throws must not take
+/// this one down.
+void callHandler(const DistributedSender::PostHandler& handler, const std::string& path,
+                 const std::string& json) {
+    std::string reason;
+    try {
+        return handler(path, json);
+    } catch (const std::exception& exception) {
+        reason = exception.what();
+    } catch (...) {
+        reason = "unknown exception";
+    }
+    ZQLogError([&] { return "DistributedSender handler 异常: " + reason; });
+}
+
+}  // namespace
+
 const std::shared_ptr<DistributedSender>& DistributedSender::defaultSender() {
-    static const std::shared_ptr<DistributedSender> sender = [] {
-        std::shared_ptr<DistributedSender> made(new DistributedSender);
-        made->listen();
+    // Never ended: others may still post while the process goes.
+    static const auto& sender = *[] {
+        auto* made = new std::shared_ptr<DistributedSender>(new DistributedSender);
+        (*made)->listen();
         return made;
     }();
     return sender;
@@ -68,7 +89,7 @@ void DistributedSender::handlePostNotification(const NSDistributedNotification& 
         const std::lock_guard lock(mutex_);
         handler = postHandler_;
     }
-    if (handler) handler(*path, *json);
+    if (handler) callHandler(handler, *path, *json);
 }
 
 }  // namespace zqcore

@@ -22,7 +22,7 @@ namespace zqcore {
 /// `responseValue` stays empty. Threads: `post` and `handle` work on the caller's; notifications arrive one
 /// at a time on the serial queue "com.tessara.distributed.queue", and the post handler runs there too.
 /// Lifetime: the one sender lives, and listens, from its first use to the end of the process. Failure:
-/// silent; a malformed notification is dropped.
+/// silent; a malformed notification is dropped, and a post handler that throws is told in the log.
 class ZQ_EXPORT DistributedSender final : public std::enable_shared_from_this<DistributedSender> {
   public:
     /// Takes a request's path and its JSON text.

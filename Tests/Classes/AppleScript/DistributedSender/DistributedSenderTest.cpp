@@ -1,9 +1,13 @@
 #include "Classes/AppleScript/DistributedSender/DistributedSender.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <condition_variable>
+#include <cstdlib>
+#include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -114,6 +118,18 @@ TEST_F(DistributedSenderTest, NothingFailsWithoutAPostHandler) {
     EXPECT_EQ(deliver("c.d", ValueDictionary{{"request", R"({"path":"heard"})"}}).size(), 1U);
 }
 
+TEST_F(DistributedSenderTest, APostHandlerThatThrowsIsToldAndTheNextNotificationComes) {
+    const ValueDictionary userInfo{{"request", R"({"path":"launch"})"}};
+    sender->injectPostHandler([](const auto&, const auto&) { throw std::runtime_error("broken handler"); });
+    bus().deliver({kPost, "c.d", userInfo});
+    EXPECT_TRUE(capture.waitFor("DistributedSender handler 异常: broken handler"));
+    sender->injectPostHandler([](const auto&, const auto&) { throw 7; });
+    bus().deliver({kPost, "c.d", userInfo});
+    EXPECT_TRUE(capture.waitFor("DistributedSender handler 异常: unknown exception"));
+    EXPECT_EQ(capture.messages(LogCapture::error).size(), 2U) << capture;
+    EXPECT_EQ(deliver("c.d", userInfo).size(), 1U) << "the queue lives on";
+}
+
 TEST_F(DistributedSenderTest, PostsTheEnvelopeUnderItsOwnIdentifier) {
     const auto before = bus().posts().size();
     const auto request = DistributedLaunchNotification::make();
@@ -147,6 +163,20 @@ TEST_F(DistributedSenderTest, HandleDecodesForTheType) {
     sender->handle<KeepingRequest>("no JSON");
     EXPECT_EQ(KeepingRequest::handled, (std::vector<std::optional<std::string>>{"7"}));
     EXPECT_EQ(capture.messages(LogCapture::error).size(), 2U) << "the decoder tells why";
+}
+
+/// Ends the process as `main` does; what ran before the first use of the sender is ended after it.
+[[noreturn]] void endTheProcess() {
+    static auto& bus = *new FakeScriptingBus;
+    static auto& sender = *new std::weak_ptr<DistributedSender>;
+    ScriptingBus::installForTesting(&bus);
+    std::atexit([] { ::_exit(sender.expired() ? 1 : 0); });
+    sender = DistributedSender::defaultSender();
+    std::exit(2);
+}
+
+TEST(DistributedSenderLifetimeTest, TheSenderIsThereToTheVeryEnd) {
+    EXPECT_EXIT(endTheProcess(), testing::ExitedWithCode(0), "");
 }
 
 TEST(DistributedSenderOnABusTest, OtherProcessesHear) {
