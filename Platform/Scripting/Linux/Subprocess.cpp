@@ -6,6 +6,7 @@
 #include <sys/syscall.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -77,6 +78,14 @@ struct SpawnSettings {
     SpawnSettings& operator=(const SpawnSettings&) = delete;
 };
 
+/// Whether `entry`, "NAME=VALUE", names a variable that one of `environment` sets.
+bool isSetBy(const std::vector<std::string>& environment, std::string_view entry) {
+    const auto withSign = entry.substr(0, entry.find('=')).size() + 1;
+    return std::ranges::any_of(environment, [&](std::string_view own) {
+        return own.size() >= withSign && own.substr(0, withSign) == entry.substr(0, withSign);
+    });
+}
+
 int spawn(pid_t& child, const std::vector<std::string>& arguments,
           const std::vector<std::string>& environment, int input, int output, int errors) {
     std::vector<char*> argumentList;
@@ -84,7 +93,10 @@ int spawn(pid_t& child, const std::vector<std::string>& arguments,
     argumentList.push_back(nullptr);
     std::vector<char*> environmentList;
     for (const auto& entry : environment) environmentList.push_back(const_cast<char*>(entry.c_str()));
-    for (char** entry = environ; entry && *entry; ++entry) environmentList.push_back(*entry);
+    // A variable that stands there twice is read the first way by some programs and the last by shells.
+    for (char** entry = environ; entry && *entry; ++entry) {
+        if (!isSetBy(environment, *entry)) environmentList.push_back(*entry);
+    }
     environmentList.push_back(nullptr);
 
     SpawnSettings settings;

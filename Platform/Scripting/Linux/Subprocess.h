@@ -23,9 +23,9 @@ struct SubprocessResult {
 
 /// Runs `arguments` (the program's path first) to its end: writes `input` to its standard input, reads both
 /// its outputs, reaps it. What it leaves running in the background is not waited for. It inherits the
-/// environment, with `environment` ("NAME=VALUE") in front, and no descriptor but the three. Failure: an
-/// error of NSPOSIXErrorDomain if it can't be started, or writes more than 128 MiB (it is killed then).
-/// Threads: blocks the calling thread, which must have SIGPIPE blocked.
+/// environment, with what `environment` ("NAME=VALUE") sets in place of the old, and no descriptor but the
+/// three. Failure: an error of NSPOSIXErrorDomain if it can't be started, or writes more than 128 MiB (it is
+/// killed then). Threads: blocks the calling thread, which must have SIGPIPE blocked.
 [[nodiscard]] std::expected<SubprocessResult, NSError> runSubprocess(
     const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
     std::string_view input);

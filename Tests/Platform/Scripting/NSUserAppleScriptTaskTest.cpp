@@ -5,6 +5,8 @@
 #include <signal.h>
 #include <sys/wait.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <future>
 
 #include "Classes/Core/Extension/NSAppleEventDescriptorExtension.h"
@@ -88,6 +90,18 @@ TEST(NSUserAppleScriptTaskTest, GivesTheScriptItsArgumentsAndTakesItsOutput) {
     const auto script = folder.script("a b.sh", R"(printf '%s|' "$#" "$@"; cat)");
     EXPECT_EQ(run(script, {"x y", "", "\u4E2D'\"$"}).text(), "4|send|x y||\u4E2D'\"$|");
     EXPECT_EQ(runEvent(script, callOf("other", {})).text(), "1|other|");
+}
+
+TEST(NSUserAppleScriptTaskTest, TheScriptKnowsTheFolderOfThisApplicationAndOfNoOther) {
+    const ScratchFolder folder;
+    // As in an application that another one's script has started.
+    ::setenv("ZQ_APPLICATION_DIRECTORY", "/of/another", 1);
+    ::setenv("ZQ_APPLICATION", "a name that begins alike", 1);
+    const auto script = folder.script("a", R"(printf '%s|' "$ZQ_APPLICATION_DIRECTORY" "$ZQ_APPLICATION")");
+    const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
+    EXPECT_EQ(run(script, {}).text(), here + "|a name that begins alike|");
+    ::unsetenv("ZQ_APPLICATION_DIRECTORY");
+    ::unsetenv("ZQ_APPLICATION");
 }
 
 TEST(NSUserAppleScriptTaskTest, OneFinalLineEndIsNoPartOfTheResult) {
