@@ -140,7 +140,7 @@ TEST_F(ZqTest, TheUserScriptCarriesSmallAndLargeTexts) {
 }
 
 TEST_F(ZqTest, RelayHandsTextsThroughAsTheyAre) {
-    ChildProcess process({"/bin/sh", "-c", "printf 'no JSON' | " + app("zq") + " relay " + kHelper});
+    ChildProcess process({"/bin/sh", "-c", "printf 'no JSON' | " + app("zq") + " relay " + kHelper + " && echo"});
     const auto answer = JSONTool::decodeToJSONObject(process.readLine().value_or(""));
     EXPECT_EQ(process.wait(), 0);
     ASSERT_TRUE(answer && answer->asDictionary());
