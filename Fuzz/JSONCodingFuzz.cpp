@@ -70,7 +70,7 @@ bool judgeDiffers(std::string_view text) {
 
 void judge(std::string_view text, bool accepted) {
     static simdjson::dom::parser parser(64U << 20U);
-    if (judgeDiffers(text)) return;
+    if (text.empty() || judgeDiffers(text)) return;
     simdjson::dom::element root;
     const auto error = parser.parse(text.data(), text.size()).get(root);
     const bool judged = error == simdjson::SUCCESS;
