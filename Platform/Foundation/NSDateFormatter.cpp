@@ -84,7 +84,7 @@ class DateFieldReader final {
         time.tm_hour = hour_;
         time.tm_min = minute_;
         time.tm_sec = second_;
-        if (offset_) zone = NSTimeZone::timeZoneForSecondsFromGMT(*offset_);
+        if (hasOffset_) zone = NSTimeZone::timeZoneForSecondsFromGMT(offset_);
         return zone.moment(time) * 1000 + milliseconds_;
     }
 
@@ -145,6 +145,7 @@ class DateFieldReader final {
         const int minutes = takeDigits(2);
         if (hours > 23 || minutes > 59) return false;
         offset_ = sign * (hours * 3600 + minutes * 60);
+        hasOffset_ = true;
         return true;
     }
 
@@ -156,7 +157,9 @@ class DateFieldReader final {
     int minute_ = 0;
     int second_ = 0;
     int milliseconds_ = 0;
-    std::optional<std::int32_t> offset_;
+    // Not an optional: GCC 12 at -O3 wrongly takes its content for uninitialised.
+    bool hasOffset_ = false;
+    std::int32_t offset_ = 0;
 };
 
 void NSDateFormatter::setDateFormat(std::string pattern) {
