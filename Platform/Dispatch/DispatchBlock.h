@@ -54,9 +54,15 @@ class DispatchBlock final {
     }
 
   private:
+    // Keeps the blocks of a queue in a closer packing.
+    friend class BlockList;
+
     static constexpr std::size_t kInlineSize = 56;
+    static constexpr std::size_t kAlignment = alignof(void*);
 
     struct Operations {
+        // Of what lies in the storage.
+        std::size_t size;
         void (*invoke)(void* storage);
         // Null: the bytes may be copied, and nothing has to end.
         void (*relocate)(void* from, void* to) noexcept;
@@ -64,9 +70,8 @@ class DispatchBlock final {
     };
 
     template <class C>
-    static constexpr bool kInline =
-        sizeof(C) <= kInlineSize &&
-        alignof(C) <= alignof(std::max_align_t) && std::is_nothrow_move_constructible_v<C>;
+    static constexpr bool kInline = sizeof(C) <= kInlineSize &&
+                                    alignof(C) <= kAlignment&& std::is_nothrow_move_constructible_v<C>;
     template <class C>
     static constexpr bool kTrivial = std::is_trivially_copyable_v<C>;
 
@@ -94,23 +99,25 @@ class DispatchBlock final {
     }
 
     template <class C>
-    static constexpr Operations kInlineOperations{&invokeInline<C>,
+    static constexpr Operations kInlineOperations{sizeof(C), &invokeInline<C>,
                                                   kTrivial<C> ? nullptr : &relocateInline<C>,
                                                   kTrivial<C> ? nullptr : &destroyInline<C>};
     template <class C>
-    static constexpr Operations kHeapOperations{&invokeHeap<C>, nullptr, &destroyHeap<C>};
+    static constexpr Operations kHeapOperations{sizeof(C*), &invokeHeap<C>, nullptr, &destroyHeap<C>};
 
-    void take(DispatchBlock& other) noexcept {
-        operations_ = std::exchange(other.operations_, nullptr);
-        if (!operations_) return;
-        if (operations_->relocate) {
-            operations_->relocate(other.storage_, storage_);
+    static void relocate(const Operations& operations, void* from, void* to) noexcept {
+        if (operations.relocate) {
+            operations.relocate(from, to);
         } else {
-            std::memcpy(storage_, other.storage_, kInlineSize);
+            std::memcpy(to, from, operations.size);
         }
     }
+    void take(DispatchBlock& other) noexcept {
+        operations_ = std::exchange(other.operations_, nullptr);
+        if (operations_) relocate(*operations_, other.storage_, storage_);
+    }
 
-    alignas(std::max_align_t) std::byte storage_[kInlineSize];
+    alignas(kAlignment) std::byte storage_[kInlineSize];
     const Operations* operations_ = nullptr;
 };
 

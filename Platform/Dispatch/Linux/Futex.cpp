@@ -1,7 +1,6 @@
 #include "Platform/Dispatch/Linux/Futex.h"
 
 #include <linux/futex.h>
-#include <sched.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -28,13 +27,13 @@ void futexWakeOne(FutexWord& word) noexcept {
 }
 
 void BriefMutex::lockTaken() noexcept {
-    constexpr int kYields = 20;
-    for (int i = 0; i < kYields; ++i) {
+    constexpr int kLooks = 30;
+    for (int i = 0; i < kLooks; ++i) {
         std::uint32_t free = 0;
         if (word_.load(std::memory_order_relaxed) == 0 &&
             word_.compare_exchange_strong(free, 1, std::memory_order_acquire))
             return;
-        sched_yield();
+        pauseProcessor();
     }
     while (word_.exchange(kSleepers, std::memory_order_acquire) != 0) futexWait(word_, kSleepers);
 }

@@ -1,7 +1,5 @@
 #include "Platform/Dispatch/Linux/SerialQueue.h"
 
-#include <sched.h>
-
 #include <mutex>
 #include <utility>
 
@@ -11,10 +9,9 @@ namespace zqcore::platform {
 
 namespace {
 
-constexpr std::size_t kKeptCapacity = 256;
-// How often a queue that ran empty looks again before its worker goes, how many vain tries end the habit, and
-// after how many rests it is tried anew.
-constexpr int kYields = 8;
+// How often a queue that ran empty looks again before its worker goes (some 40 ns each), how many vain tries
+// end the habit, and after how many rests it is tried anew.
+constexpr int kLooks = 50;
 constexpr int kPatience = 4;
 constexpr unsigned kRestsUntilRetry = 16;
 
@@ -26,7 +23,7 @@ void runToTheEnd(const std::function<void()>& block) noexcept { block(); }
 void SerialQueue::async(DispatchBlock block) {
     {
         const std::lock_guard lock(mutex_);
-        incoming_.push_back(std::move(block));
+        incoming_.add(std::move(block));
         hasIncoming_.store(true, std::memory_order_relaxed);
         foreignProducer_.store(!WorkerPool::isWorker(), std::memory_order_relaxed);
         if (std::exchange(owned_, true)) return;
@@ -54,10 +51,8 @@ void SerialQueue::drain(const std::shared_ptr<Drainable>& self) {
 
 // Gives false if the queue went to a thread in `sync`; nothing of it may be touched then.
 bool SerialQueue::runBatch() {
-    while (next_ < batch_.size()) {
-        DispatchBlock& block = batch_[next_++];
-        block();
-        block.reset();
+    while (!batch_.empty()) {
+        batch_.runFirst();
         if (successor_) [[unlikely]] {
             // Counted before the worker rests, so that no observer sees a quiet moment between the two.
             WorkerPool::shared().addForeignRun(1);
@@ -68,31 +63,27 @@ bool SerialQueue::runBatch() {
     return true;
 }
 
-// A stream from an application's thread often brings the next block within a microsecond. Giving the
-// processor away a few times costs less than going to sleep and being woken for each block: measured 50 ns a
-// block against 250 ns. It is tried only while it pays, and never against work that waits elsewhere. Workers
-// that feed a queue are soon free to run it themselves, so for them it would only cost.
+// A stream from an application's thread brings its next block within some tens of nanoseconds. Looking again
+// for a moment costs less than going to sleep and being woken for each block. It is tried only while it pays,
+// and never against work that waits elsewhere. Workers that feed a queue are soon free to run it themselves,
+// so for them it would only cost. Yielding instead of looking is worse: on a busy machine the worker, which
+// owns the queue, comes back milliseconds later, while one that sleeps is woken at once.
 void SerialQueue::lingerForMore() noexcept {
     if (!foreignProducer_.load(std::memory_order_relaxed)) return;
     if (patience_ == 0 && ++restsSinceTried_ % kRestsUntilRetry != 0) return;
     const WorkerPool& pool = WorkerPool::shared();
-    for (int i = 0; i < kYields && !pool.contended(); ++i) {
+    for (int i = 0; i < kLooks && !pool.contended(); ++i) {
         if (hasIncoming_.load(std::memory_order_relaxed)) {
             patience_ = kPatience;
             return;
         }
-        sched_yield();
+        pauseProcessor();
     }
     if (patience_ > 0) --patience_;
 }
 
 // Takes what came meanwhile, or gives the queue up.
 bool SerialQueue::takeBatchOrGo() {
-    batch_.clear();
-    next_ = 0;
-    // They end after the lock.
-    std::vector<DispatchBlock> longBatch;
-    std::vector<DispatchBlock> longIncoming;
     const std::lock_guard lock(mutex_);
     if (!incoming_.empty()) {
         batch_.swap(incoming_);
@@ -100,8 +91,8 @@ bool SerialQueue::takeBatchOrGo() {
         return true;
     }
     // A queue at rest gives the memory of a long list back; one at work needs it again at once.
-    if (batch_.capacity() > kKeptCapacity) batch_.swap(longBatch);
-    if (incoming_.capacity() > kKeptCapacity) incoming_.swap(longIncoming);
+    batch_.shrink();
+    incoming_.shrink();
     owned_ = false;
     return false;
 }
@@ -118,7 +109,7 @@ bool SerialQueue::ownNowOrWait() {
         return true;
     }
     OneShotSignal turn;
-    incoming_.emplace_back([this, &turn] { successor_ = &turn; });
+    incoming_.add([this, &turn] { successor_ = &turn; });
     hasIncoming_.store(true, std::memory_order_relaxed);
     lock.unlock();
     const DispatchBlockingScope scope;
@@ -127,7 +118,7 @@ bool SerialQueue::ownNowOrWait() {
 }
 
 void SerialQueue::passOn() {
-    if (next_ == batch_.size() && !takeBatchOrGo()) return;
+    if (batch_.empty() && !takeBatchOrGo()) return;
     submitSelf();
 }
 

@@ -1,11 +1,10 @@
 #pragma once
 
 #include <atomic>
-#include <cstddef>
 #include <memory>
 #include <string>
-#include <vector>
 
+#include "Platform/Dispatch/BlockList.h"
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Dispatch/Linux/Futex.h"
 #include "Platform/Dispatch/Linux/WorkerPool.h"
@@ -38,7 +37,7 @@ class SerialQueue final : public DispatchQueue, public Drainable {
     const DispatchQoS qos_;
 
     BriefMutex mutex_;
-    std::vector<DispatchBlock> incoming_;
+    BlockList incoming_;
     // Somebody owns the queue, or it is on its way to a worker.
     bool owned_ = false;
     // What a lingering owner reads without the lock: whether anything is in `incoming_`, and who put it
@@ -47,8 +46,7 @@ class SerialQueue final : public DispatchQueue, public Drainable {
     std::atomic<bool> foreignProducer_{false};
 
     // The owner's alone.
-    std::vector<DispatchBlock> batch_;
-    std::size_t next_ = 0;
+    BlockList batch_;
     int patience_ = 0;
     unsigned restsSinceTried_ = 0;
     // Set by the block that stands for a waiting `sync`: whom to give the queue to.
