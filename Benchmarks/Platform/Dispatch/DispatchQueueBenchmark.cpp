@@ -19,7 +19,8 @@ namespace {
 
 using namespace zqcore::platform;
 
-constexpr int kBlocks = 200'000;
+// Enough that starting the producers' threads doesn't count.
+constexpr int kBlocks = 500'000;
 
 class Strand {
   public:
