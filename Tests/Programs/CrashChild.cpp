@@ -3,9 +3,9 @@
 //   FAULT: segv abort bus ill fpe trap overflow throw throw-text throw-int null-call kill-segv none
 //   WHERE: main (default), thread, queue
 //   OPTION: earlier (a handler installed before ours), bad-log (the pending log writer crashes),
-//           hung-log (it never returns), log=TEXT (it writes that), busy (other threads stand about),
-//           time (prints how long the handler took for a segv),
-//           path=DIR (the capture alone, into that directory, without the library)
+//           hung-log (it never returns), impatient (50 ms a section), log=TEXT (it writes that), busy (other
+//           threads stand about), time (prints how long the handler took for a segv), path=DIR (the capture
+//           alone, into that directory, without the library)
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -114,6 +114,8 @@ std::string pendingText;
 void writeText(int fd) { (void)!write(fd, pendingText.data(), pendingText.size()); }
 void writeBadly(int) { *reinterpret_cast<volatile int*>(childfaults::lowAddress) = 1; }
 void writeNever(int) {
+    constexpr char kLine[] = "hanging\n";
+    (void)!write(STDOUT_FILENO, kLine, sizeof kLine - 1);
     for (;;) pause();
 }
 
@@ -184,10 +186,8 @@ int main(int argc, char** argv) {
         if (option == "time") std::signal(SIGSEGV, timingHandler);
         if (option == "bad-log") configuration.setPendingLogWriter(writeBadly);
         if (option == "busy") busy = true;
-        if (option == "hung-log") {
-            configuration.setPendingLogWriter(writeNever);
-            configuration.setSectionTimeLimit(std::chrono::milliseconds(50));
-        }
+        if (option == "hung-log") configuration.setPendingLogWriter(writeNever);
+        if (option == "impatient") configuration.setSectionTimeLimit(std::chrono::milliseconds(50));
         if (option.starts_with("log=")) {
             pendingText = option.substr(4);
             configuration.setPendingLogWriter(writeText);

@@ -7,13 +7,16 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <csetjmp>
+#include <cstddef>
 #include <cstring>
 #include <ctime>
 #include <exception>
 #include <forward_list>
+#include <new>
 #include <string_view>
 #include <typeinfo>
 #include <utility>
@@ -233,7 +236,8 @@ void askReason() noexcept {
 void giveCallingThreadItsStack() {
     if (isMainThread()) {
         // To the very end of the process, the ends of statics included.
-        static const auto* stack = new AlternateSignalStack;
+        alignas(AlternateSignalStack) static std::array<std::byte, sizeof(AlternateSignalStack)> place;
+        static const auto* stack = new (place.data()) AlternateSignalStack;
         (void)stack;
     } else {
         thread_local const AlternateSignalStack stack;

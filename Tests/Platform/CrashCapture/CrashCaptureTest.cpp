@@ -213,16 +213,29 @@ TEST_F(CrashCapture, SurvivesACrashAndAHangOfItsOwn) {
     };
     for (const auto& [option, signal] : {Case{"bad-log", "SIGSEGV"}, Case{"hung-log", "(null)"}}) {
         SCOPED_TRACE(option);
-        EXPECT_EQ(die("abort", "queue", {option}), -SIGABRT) << "the process dies of what it died of";
+        // A fault of the same kind as the first: the one that a signal handler doesn't meet by itself.
+        EXPECT_EQ(die("segv", "queue", {option, "impatient"}), -SIGSEGV);
         const Value::Dictionary found = report();
         const ReportFields fields(&found);
         EXPECT_EQ(found.find("incomplete"), nullptr);
-        EXPECT_TRUE(passes(crashedThread(found), "childfaults::abortHere"));
+        EXPECT_TRUE(passes(crashedThread(found), "childfaults::writeNowhere"));
         const ReportFields fault = fields.in("recrash_report").in("crash").in("error");
         EXPECT_EQ(fault.in("signal").shown("name"), signal);
         EXPECT_EQ(fault.shown("reason"), "pending log");
         store_.remove(store_.readyReports().front());
     }
+}
+
+TEST_F(CrashCapture, GivesWhatThereIsOfAReportWhoseWriterWasKilledButNoSooner) {
+    ChildProcess child(
+        {ZQ_TEST_PROGRAMS "/CrashChild", "segv", "main", "hung-log", "path=" + folder_.path()});
+    while (child.readLine().value_or("hanging") != "hanging") {
+    }
+    EXPECT_TRUE(store_.readyReports().empty()) << "it is still being written";
+    child.kill();
+    const Value::Dictionary found = report();
+    EXPECT_TRUE(ReportFields(&found).isTrue("incomplete"));
+    EXPECT_TRUE(passes(crashedThread(found), "childfaults::writeNowhere"));
 }
 
 TEST_F(CrashCapture, KeepsTheLinesThatTheLogStillHeld) {
