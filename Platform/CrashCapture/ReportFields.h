@@ -22,7 +22,7 @@ class ReportFields final {
         return ReportFields(value ? value->asDictionary() : nullptr);
     }
     [[nodiscard]] const Value::Array& list(std::string_view key) const {
-        static const Value::Array none;
+        static const auto& none = *new Value::Array;
         const Value* value = find(key);
         return value && value->asArray() ? *value->asArray() : none;
     }

@@ -15,7 +15,8 @@ struct Presenters {
 };
 
 Presenters& presenters() {
-    static Presenters shared;
+    // Never ended: threads may still ask while the process goes.
+    static auto& shared = *new Presenters;
     return shared;
 }
 

@@ -10,7 +10,7 @@ ScriptingServeStatus NSScriptSuiteRegistry::serve(const std::string& identifier,
     auto shared = std::make_shared<const CommandFactory>(std::move(factory));
     return ScriptingBus::current().serve(identifier, [shared](std::string text, ScriptingBus::Reply reply) {
         DispatchQueue::main()->async([shared, text = std::move(text), reply = std::move(reply)]() mutable {
-            const auto command = (*shared)({"request:", Value(std::move(text))});
+            const auto command = !*shared ? nullptr : (*shared)({"request:", Value(std::move(text))});
             if (command) command->execute(std::move(reply));
         });
     });

@@ -13,7 +13,8 @@ constexpr std::string_view kRequestSelector = "request:";
 }  // namespace
 
 std::shared_ptr<SBApplication> SBApplication::make(std::string bundleIdentifier) {
-    // Who serves is commonly known without a question; the desktop's files and the bus are asked about the rest.
+    // Who serves is commonly known without a question; the desktop's files and the bus are asked about the
+    // rest.
     if (!ScriptingBus::current().nameHasOwner(bundleIdentifier) &&
         !NSWorkspace::shared().URLForApplicationWithBundleIdentifier(bundleIdentifier))
         return nullptr;

@@ -1,34 +1,14 @@
 #include "Classes/AppleScript/DistributedSender/DistributedSender.h"
 
-#include <exception>
 #include <utility>
 
+#include "Classes/AppleScript/RequestCommand/ASGuardedCall.h"
 #include "Classes/Core/Utility/Codable/JSONTool.h"
 #include "Classes/Core/Utility/ZQInfo.h"
 #include "Classes/Log/Log/ZQLog.h"
 #include "Platform/Scripting/NSDistributedNotificationCenter.h"
 
 namespace zqcore {
-
-namespace {
-
-/// The handler is the application's code, and any process can bring it to run: what it throws must not take
-/// this one down.
-void callHandler(const DistributedSender::PostHandler& handler, const std::string& path,
-                 const std::string& json) {
-    std::string reason;
-    try {
-        return handler(path, json);
-    } catch (const std::exception& exception) {
-        reason = exception.what();
-    } catch (...) {
-        reason = "unknown exception";
-    }
-    ZQLogError([&] { return "DistributedSender handler 异常: " + reason; });
-}
-
-}  // namespace
-
 const std::shared_ptr<DistributedSender>& DistributedSender::defaultSender() {
     // Never ended: others may still post while the process goes.
     static const auto& sender = *[] {
@@ -67,6 +47,10 @@ void DistributedSender::post(const ASRequestCarrier& request) const {
         ValueDictionary{{"request", std::move(*json)}});
 }
 
+void DistributedSender::callHandler(const std::function<void()>& call) {
+    static_cast<void>(guardedCall("DistributedSender handler", call));
+}
+
 void DistributedSender::receive(const NSDistributedNotification& notification) {
     // Neither one's own posts nor those of another running copy.
     const std::string* sender = notification.object.asString();
@@ -89,7 +73,7 @@ void DistributedSender::handlePostNotification(const NSDistributedNotification& 
         const std::lock_guard lock(mutex_);
         handler = postHandler_;
     }
-    if (handler) callHandler(handler, *path, *json);
+    if (handler) callHandler([&] { handler(*path, *json); });
 }
 
 }  // namespace zqcore

@@ -22,7 +22,7 @@ namespace zqcore {
 /// `responseValue` stays empty. Threads: `post` and `handle` work on the caller's; notifications arrive one
 /// at a time on the serial queue "com.tessara.distributed.queue", and the post handler runs there too.
 /// Lifetime: the one sender lives, and listens, from its first use to the end of the process. Failure:
-/// silent; a malformed notification is dropped, and a post handler that throws is told in the log.
+/// silent; a malformed notification is dropped, and a handler that throws is told in the log.
 class ZQ_EXPORT DistributedSender final : public std::enable_shared_from_this<DistributedSender> {
   public:
     /// Takes a request's path and its JSON text.
@@ -50,13 +50,14 @@ class ZQ_EXPORT DistributedSender final : public std::enable_shared_from_this<Di
     /// post handler, once it knows the type that belongs to a path.
     template <ASRequestHandler H>
     void handle(const std::string& json) const {
-        if (const auto value = H::RequestValue::fromJSONString(json))
-            H::handle(value, ASCompletion([](const auto&) {}));
+        const auto value = H::RequestValue::fromJSONString(json);
+        if (value) callHandler([&] { H::handle(value, ASCompletion([](const auto&) {})); });
     }
 
   private:
     DistributedSender();
     void listen();
+    static void callHandler(const std::function<void()>& call);
     void post(const ASRequestCarrier& request) const;
     void receive(const NSDistributedNotification& notification);
     void handlePostNotification(const NSDistributedNotification& notification);

@@ -1,8 +1,8 @@
 #include "Classes/AppleScript/RequestCommand/ASBaseRequestCommand.h"
 
 #include <chrono>
-#include <exception>
 
+#include "Classes/AppleScript/RequestCommand/ASGuardedCall.h"
 #include "Classes/AppleScript/RequestCommand/CommonRequests.h"
 #include "Classes/Log/Log/ZQLog.h"
 
@@ -50,21 +50,6 @@ ASCompletion completionFor(const std::shared_ptr<Pending>& pending, std::optiona
         });
 }
 
-/// A handler is the application's code: what it throws must not take the server down.
-void callHandler(const ASBaseRequestCommand::Handler& handler, const std::shared_ptr<ASRequestModel>& request,
-                 const ASCompletion& completion) {
-    std::string reason;
-    try {
-        return handler.handle(request, completion);
-    } catch (const std::exception& exception) {
-        reason = exception.what();
-    } catch (...) {
-        reason = "unknown exception";
-    }
-    ZQLogError([&] { return "RequestCommand handler 异常: " + reason; });
-    completion(errorResponse(ASError::Code::internalError));
-}
-
 void serve(const std::shared_ptr<ASBaseRequestCommand>& command, const ASBaseRequestCommand::Handler& handler,
            const std::string& json) {
     auto pending = std::make_shared<Pending>();
@@ -77,7 +62,9 @@ void serve(const std::shared_ptr<ASBaseRequestCommand>& command, const ASBaseReq
     ASBaseRequestCommand::queue()->after(DispatchTime::now(kResponseTimeout), [pending] {
         pending->answer([] { return errorResponse(ASError::Code::responseTimeout); });
     });
-    callHandler(handler, request, completionFor(pending, request->requestId));
+    const auto completion = completionFor(pending, request->requestId);
+    if (!guardedCall("RequestCommand handler", [&] { handler.handle(request, completion); }))
+        completion(errorResponse(ASError::Code::internalError));
 }
 
 /// What the dispatch reads of a request. A value that is no text counts as missing.
@@ -133,7 +120,13 @@ std::optional<std::string> ASBaseRequestCommand::performDefaultImplementation() 
     const auto head = readHead(*json);
     if (!head) return immediateError(ASError::Code::invalidParameter, std::nullopt);
     if (!head->path) return immediateError(ASError::Code::pathNotIncluded, head->requestId);
-    if (distributeToHandler(*head->path, *json)) return std::nullopt;
+    bool taken = false;
+    // One that threw after it had called `handle` has suspended the command: then the handler's answer
+    // counts.
+    if (!guardedCall("RequestCommand distributeToHandler",
+                     [&] { taken = distributeToHandler(*head->path, *json); }))
+        return immediateError(ASError::Code::internalError, head->requestId);
+    if (taken) return std::nullopt;
     return immediateError(ASError::Code::unsupportedPath, head->requestId);
 }
 

@@ -18,8 +18,8 @@ namespace zqcore {
 /// Threads: `performDefaultImplementation` and `distributeToHandler` on the scripting system's thread;
 /// handlers on `queue()`, one at a time, so one that blocks holds up every command; completions from any.
 /// Lifetime: held by `std::shared_ptr`; a command under way is kept until it has answered.
-/// Failure: each has its error response and nothing throws; a handler that throws is told in the log and
-/// answered with `internalError`. A response that can't be encoded is an empty answer.
+/// Failure: each has its error response and nothing throws; a handler or a `distributeToHandler` that throws
+/// is told in the log and answered with `internalError`. A response that can't be encoded is an empty answer.
 class ZQ_EXPORT ASBaseRequestCommand : public NSScriptCommand {
   public:
     using NSScriptCommand::NSScriptCommand;

@@ -106,11 +106,15 @@ class ASRequestDefaults {
 #define ZQ_REQUEST_SETTABLE_MIN_VERSION()                         \
     [[nodiscard]] static std::optional<std::string> minVersion(); \
     static void setMinVersion(std::optional<std::string> version);
-#define ZQ_REQUEST_MIN_VERSION_STORE(Type)                                             \
-    namespace {                                                                        \
-    requestdetail::SettableVersion minVersionOf##Type;                                 \
-    }                                                                                  \
-    std::optional<std::string> Type::minVersion() { return minVersionOf##Type.get(); } \
-    void Type::setMinVersion(std::optional<std::string> version) {                     \
-        minVersionOf##Type.set(std::move(version));                                    \
+#define ZQ_REQUEST_MIN_VERSION_STORE(Type)                                               \
+    namespace {                                                                          \
+    requestdetail::SettableVersion& minVersionOf##Type() {                               \
+        /* Never ended: threads may still ask while the process goes. */                 \
+        static auto& version = *new requestdetail::SettableVersion;                      \
+        return version;                                                                  \
+    }                                                                                    \
+    }                                                                                    \
+    std::optional<std::string> Type::minVersion() { return minVersionOf##Type().get(); } \
+    void Type::setMinVersion(std::optional<std::string> version) {                       \
+        minVersionOf##Type().set(std::move(version));                                    \
     }

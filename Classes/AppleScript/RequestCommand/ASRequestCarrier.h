@@ -13,7 +13,7 @@ namespace zqcore {
 
 /// A typed request without its type: what a sender needs of it on its way out and back.
 /// Threads: as the request itself; a sender uses it on one thread at a time. Lifetime: it shares the request,
-/// and copies share it too.
+/// and copies share it too. Failure: a null request is one that can't be written, and takes no response.
 class ZQ_EXPORT ASRequestCarrier final {
   public:
     /// What a decoded response tells a sender.
@@ -32,12 +32,12 @@ class ZQ_EXPORT ASRequestCarrier final {
     [[nodiscard]] std::optional<std::string> minVersion() const { return operations_->minVersion(); }
 
     /// `clientPrepareRequestValue`.
-    void prepare() const { operations_->prepare(request_.get()); }
+    void prepare() const {
+        if (request_) operations_->prepare(request_.get());
+    }
     /// The text of the request value; absent, with a line in the log, when it can't be written.
     [[nodiscard]] std::optional<std::string> encode(
-        const std::source_location& where = std::source_location::current()) const {
-        return operations_->value(request_.get()).encodeToJSONString(where);
-    }
+        const std::source_location& where = std::source_location::current()) const;
     /// `decodeAndFillResponse`.
     [[nodiscard]] Answer decodeAndFill(
         std::string_view json, const std::source_location& where = std::source_location::current()) const;

@@ -113,7 +113,8 @@ class XDGSearchPaths final : public SearchPaths {
 }  // namespace
 
 const SearchPaths& SearchPaths::system() noexcept {
-    static const XDGSearchPaths paths;
+    // Never ended: threads may still ask while the process goes.
+    static const auto& paths = *new XDGSearchPaths;
     return paths;
 }
 

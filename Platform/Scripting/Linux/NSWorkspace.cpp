@@ -16,7 +16,8 @@ struct Lookup {
 };
 
 Lookup& lookup() {
-    static Lookup shared;
+    // Never ended: threads may still ask while the process goes.
+    static auto& shared = *new Lookup;
     return shared;
 }
 

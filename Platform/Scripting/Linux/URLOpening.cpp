@@ -25,7 +25,8 @@ struct Opener {
 };
 
 Opener& opener() {
-    static Opener shared;
+    // Never ended: threads may still ask while the process goes.
+    static auto& shared = *new Opener;
     return shared;
 }
 

@@ -22,37 +22,40 @@ std::vector<NSCharacterSet::Range> categories(std::uint32_t mask) {
     return std::move(collected.ranges);
 }
 
-NSCharacterSet ofCategories(std::uint32_t mask) {
-    return NSCharacterSet::characterSetWithRanges(categories(mask));
+/// Never ended: threads may still ask while the process goes.
+const NSCharacterSet& ofRanges(std::vector<NSCharacterSet::Range> ranges) {
+    return *new NSCharacterSet(NSCharacterSet::characterSetWithRanges(std::move(ranges)));
 }
+
+const NSCharacterSet& ofCategories(std::uint32_t mask) { return ofRanges(categories(mask)); }
 
 }  // namespace
 
 const NSCharacterSet& NSCharacterSet::letterCharacterSet() {
-    static const NSCharacterSet set = ofCategories(U_GC_L_MASK | U_GC_M_MASK);
+    static const auto& set = ofCategories(U_GC_L_MASK | U_GC_M_MASK);
     return set;
 }
 
 const NSCharacterSet& NSCharacterSet::alphanumericCharacterSet() {
-    static const NSCharacterSet set = ofCategories(U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK);
+    static const auto& set = ofCategories(U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK);
     return set;
 }
 
 const NSCharacterSet& NSCharacterSet::decimalDigitCharacterSet() {
-    static const NSCharacterSet set = ofCategories(U_GC_ND_MASK);
+    static const auto& set = ofCategories(U_GC_ND_MASK);
     return set;
 }
 
 const NSCharacterSet& NSCharacterSet::punctuationCharacterSet() {
-    static const NSCharacterSet set = ofCategories(U_GC_P_MASK);
+    static const auto& set = ofCategories(U_GC_P_MASK);
     return set;
 }
 
 const NSCharacterSet& NSCharacterSet::whitespaceAndNewlineCharacterSet() {
-    static const NSCharacterSet set = [] {
+    static const auto& set = [] -> const NSCharacterSet& {
         auto ranges = categories(U_GC_Z_MASK);
         ranges.insert(ranges.end(), {{0x09, 0x0D}, {0x85, 0x85}, {0x200B, 0x200B}});
-        return characterSetWithRanges(std::move(ranges));
+        return ofRanges(std::move(ranges));
     }();
     return set;
 }

@@ -143,10 +143,12 @@ TEST_F(BridgeSenderTest, StopsBeforeTheEventWhereItCan) {
     EXPECT_TRUE(bus.calls().empty()) << "no event is sent";
     request->requestValue->body = std::numeric_limits<double>::quiet_NaN();
     EXPECT_EQ(send(request), Status::encodeRequestFail);
+    EXPECT_EQ(send(std::shared_ptr<NumberRequest>()), Status::encodeRequestFail) << "there is no request";
     bus.installed = false;
     EXPECT_EQ(send(request), Status::notInstalled);
     EXPECT_TRUE(bus.calls().empty());
     EXPECT_EQ(infoLines(), (std::vector{description("notSupportRequest", json, "(nil)"),
+                                        description("encodeRequestFail", "(nil)", "(nil)"),
                                         description("encodeRequestFail", "(nil)", "(nil)"),
                                         description("notInstalled", "(nil)", "(nil)")}));
 }

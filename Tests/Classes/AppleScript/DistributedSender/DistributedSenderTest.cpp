@@ -143,6 +143,8 @@ TEST_F(DistributedSenderTest, PostsTheEnvelopeUnderItsOwnIdentifier) {
     EXPECT_EQ(Value(*posts.back().userInfo), Value(ValueDictionary{{"request", *json}}));
     EXPECT_EQ(request->requestValue->path, "launch") << "prepared";
     EXPECT_EQ(capture.messages(), std::vector{"DistributedSender 发送通知：" + *json});
+    sender->post(std::shared_ptr<DistributedLaunchNotification>());
+    EXPECT_EQ(bus().posts().size(), before + 1) << "no request, no post";
 }
 
 TEST_F(DistributedSenderTest, SandboxedProcessesPostNothingAndPrepareNothing) {

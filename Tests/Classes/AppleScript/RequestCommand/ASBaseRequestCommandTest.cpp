@@ -197,6 +197,37 @@ TEST_F(ASBaseRequestCommandTest, ASynchronousAnswerWaitsForTheWorkToEnd) {
     EXPECT_EQ(answers->all.size(), 1U);
 }
 
+class ThrowingCommand : public ASBaseRequestCommand {
+  public:
+    using ASBaseRequestCommand::ASBaseRequestCommand;
+    static inline bool takeFirst = false;
+
+    bool distributeToHandler(const std::string& path, const std::string& json) override {
+        if (takeFirst) ASBaseRequestCommand::distributeToHandler(path, json);
+        throw std::runtime_error("broken distribution");
+    }
+};
+
+TEST_F(ASBaseRequestCommandTest, ADistributionThatThrowsIsAnInternalErrorUnlessItHasTakenTheRequest) {
+    for (const bool takeFirst : {false, true}) {
+        ThrowingCommand::takeFirst = takeFirst;
+        std::vector<std::optional<std::string>> answers;
+        const auto command = makeObject<ThrowingCommand>(
+            NSScriptCommandDescription{"request", Value(R"({"requestId":"7","path":"info"})")});
+        command->execute([&](std::optional<std::string> result) { answers.push_back(std::move(result)); });
+        clock.waitUntilQuiet();
+        ASSERT_EQ(answers.size(), 1U);
+        const auto response = ASCommonResponseModel::fromJSONString(answers.front().value_or(""));
+        ASSERT_TRUE(response);
+        EXPECT_EQ(response->requestId, "7");
+        EXPECT_EQ(response->error == nullptr, takeFirst);
+        if (!takeFirst) {
+            EXPECT_EQ(response->error->code, ASError::Code::internalError);
+        }
+    }
+    EXPECT_EQ(capture.count("RequestCommand distributeToHandler 异常: broken distribution"), 2U) << capture;
+}
+
 TEST_F(ASBaseRequestCommandTest, AHandlerThatThrowsOrGivesNothingIsAnInternalError) {
     const std::function<void(const ASCompletion&)> faults[] = {
         [](const ASCompletion&) { throw std::runtime_error("broken handler"); },

@@ -110,6 +110,7 @@ TEST_F(ScriptSenderTest, ARequestThatIsNoTextIsNotSent) {
     const auto request = CommonInfoRequest::make();
     request->requestValue->requestId = "\xFF";
     EXPECT_EQ(send(request), Status::encodeRequestFail);
+    EXPECT_EQ(send(nullptr), Status::encodeRequestFail);
     EXPECT_FALSE(std::filesystem::exists(scripts_ / "ran"));
 }
 
