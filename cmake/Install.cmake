@@ -1,8 +1,11 @@
-# What an installation holds: two archives, the headers under one prefix, the resource bundle, a CMake package, a
+# What an installation holds: the archives, the headers under one prefix, the resource bundle, a CMake package, a
 # pkg-config file, the programs, and what the desktop and the bus need to start the two demonstration servers.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS ZQCore ZQCoreTestKit EXPORT ZQCoreTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# A list of its own: who wants the core alone need not have a drawing library.
+install(TARGETS ZQCoreUI ZQCoreUITestKit EXPORT ZQCoreUITargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
 # Headers that only one backend needs lie in Linux/ folders and stay here.
@@ -12,6 +15,7 @@ install(DIRECTORY Assets/ DESTINATION ${CMAKE_INSTALL_DATADIR}/ZQCore/ZQCore.bun
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ZQCore)
 install(EXPORT ZQCoreTargets NAMESPACE ZQCore:: DESTINATION ${package_dir})
+install(EXPORT ZQCoreUITargets NAMESPACE ZQCore:: DESTINATION ${package_dir})
 configure_package_config_file(cmake/ZQCoreConfig.cmake.in ${CMAKE_BINARY_DIR}/ZQCoreConfig.cmake
     INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/ZQCoreConfigVersion.cmake COMPATIBILITY SameMinorVersion)

@@ -33,6 +33,12 @@ class ZQ_EXPORT NSObject : public std::enable_shared_from_this<NSObject> {
     /// A text for log lines: the type's name and the address.
     [[nodiscard]] virtual std::string description() const;
 
+  protected:
+    /// Called once by `makeObject` on the finished object: what a constructor can't do, since virtual calls
+    /// don't reach the derived class there and `weak_from_this()` is still empty. An override calls its
+    /// base's first.
+    virtual void setup() {}
+
   private:
     template <class T, class... Arguments>
     friend std::shared_ptr<T> makeObject(Arguments&&...);
@@ -45,13 +51,16 @@ class ZQ_EXPORT NSObject : public std::enable_shared_from_this<NSObject> {
     mutable std::atomic<SideTable*> sideTable_{nullptr};
 };
 
-/// Makes an object of a class below `NSObject`; the one way to get dealloc handlers run.
+/// Makes an object of a class below `NSObject` in two phases, constructor and `setup`; the one way to get
+/// dealloc handlers run.
 template <class T, class... Arguments>
 [[nodiscard]] std::shared_ptr<T> makeObject(Arguments&&... arguments) {
-    return std::shared_ptr<T>(new T(std::forward<Arguments>(arguments)...), [](T* object) {
+    auto made = std::shared_ptr<T>(new T(std::forward<Arguments>(arguments)...), [](T* object) {
         static_cast<NSObject*>(object)->willDealloc();
         delete object;
     });
+    static_cast<NSObject*>(made.get())->setup();
+    return made;
 }
 
 }  // namespace zqcore::platform
