@@ -6,14 +6,10 @@
 
 namespace zqcore::platform {
 
-void ClockDriver::install(Clock& clock) {
-    Clock::installForTesting(&clock);
-    WorkerPool::shared().addObserver(1);
-}
+void ClockDriver::install(Clock& clock) { Clock::installForTesting(&clock); }
 
 void ClockDriver::uninstall() {
     DeadlineScheduler::shared().dropAll();
-    WorkerPool::shared().addObserver(-1);
     Clock::installForTesting(nullptr);
     DeadlineScheduler::shared().clockChanged();
 }

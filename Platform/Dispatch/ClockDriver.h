@@ -21,8 +21,9 @@ class ZQ_EXPORT ClockDriver final {
     [[nodiscard]] static std::optional<Clock::Duration> timeToNext();
     /// Submits the earliest deadline to its queue if it is due. Gives whether there was one.
     static bool submitNextDue();
-    /// Returns when no block is ready or runs on any queue; threads in a `DispatchBlockingScope` count as
-    /// quiet. On the main thread it runs the main queue's blocks; elsewhere that queue is left out.
+    /// Returns when no block is ready or runs on any queue; the caller's own and threads in a
+    /// `DispatchBlockingScope` count as quiet. On the main thread it runs the main queue's blocks; elsewhere
+    /// that queue is left out. Under any clock.
     static void waitUntilQuiet();
 };
 

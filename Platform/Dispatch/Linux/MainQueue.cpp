@@ -37,17 +37,23 @@ void MainQueue::async(DispatchBlock block) {
         incoming_.push_back(std::move(block));
         setReadable();
     }
-    if (WorkerPool::shared().observed()) WorkerPool::shared().pokeObservers();
+    WorkerPool::shared().pokeObservers();
 }
 
 void MainQueue::sync(const std::function<void()>& block) {
     OneShotSignal done;
+    WorkerPool& pool = WorkerPool::shared();
     async([&] {
         block();
+        // The caller goes on from here, though it may take a while until it runs.
+        pool.beginForeignRun();
         done.signal();
     });
-    const DispatchBlockingScope scope;
-    done.wait();
+    {
+        const DispatchBlockingScope scope;
+        done.wait();
+    }
+    pool.endForeignRun();
 }
 
 void MainQueue::wake() noexcept {

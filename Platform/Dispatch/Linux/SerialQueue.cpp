@@ -55,7 +55,7 @@ bool SerialQueue::runBatch() {
         batch_.runFirst();
         if (successor_) [[unlikely]] {
             // Counted before the worker rests, so that no observer sees a quiet moment between the two.
-            WorkerPool::shared().addForeignRun(1);
+            WorkerPool::shared().beginForeignRun();
             std::exchange(successor_, nullptr)->signal();
             return false;
         }
@@ -97,24 +97,20 @@ bool SerialQueue::takeBatchOrGo() {
     return false;
 }
 
-// Makes the calling thread the owner. Gives whether it was counted as a foreign run.
-bool SerialQueue::ownNowOrWait() {
+// Makes the calling thread the owner, counted as a foreign run.
+void SerialQueue::ownNowOrWait() {
     WorkerPool& pool = WorkerPool::shared();
+    // Before it owns: what others add from then on is counted nowhere else.
+    pool.beginForeignRun();
     std::unique_lock lock(mutex_);
-    if (!owned_) {
-        owned_ = true;
-        lock.unlock();
-        if (!pool.observed()) return false;
-        pool.addForeignRun(1);
-        return true;
-    }
+    if (!std::exchange(owned_, true)) return;
     OneShotSignal turn;
     incoming_.add([this, &turn] { successor_ = &turn; });
     hasIncoming_.store(true, std::memory_order_relaxed);
     lock.unlock();
+    pool.endForeignRun();
     const DispatchBlockingScope scope;
     turn.wait();
-    return true;
 }
 
 void SerialQueue::passOn() {
@@ -123,13 +119,15 @@ void SerialQueue::passOn() {
 }
 
 void SerialQueue::sync(const std::function<void()>& block) {
-    const bool counted = ownNowOrWait();
+    ownNowOrWait();
+    WorkerPool::holdForeignRun(1);
     {
         const CurrentQueueScope scope(this);
         runToTheEnd(block);
     }
+    WorkerPool::holdForeignRun(-1);
     passOn();
-    if (counted) WorkerPool::shared().addForeignRun(-1);
+    WorkerPool::shared().endForeignRun();
 }
 
 }  // namespace zqcore::platform

@@ -29,7 +29,7 @@ class SerialQueue final : public DispatchQueue, public Drainable {
     void lingerForMore() noexcept;
     bool runBatch();
     bool takeBatchOrGo();
-    bool ownNowOrWait();
+    void ownNowOrWait();
     void passOn();
     void submitSelf();
 

@@ -47,6 +47,7 @@ bool isOnProcessor(pid_t thread) {
 }  // namespace
 
 thread_local constinit WorkerPool::Worker* WorkerPool::current_ = nullptr;
+thread_local constinit int WorkerPool::foreignRunsHeld_ = 0;
 
 WorkerPool& WorkerPool::shared() {
     // Never ended: workers run until the process is gone.
@@ -290,30 +291,35 @@ std::size_t WorkerPool::workersOnProcessor() {
 
 // Quietness, for the clock driver.
 
-void WorkerPool::noteQuiet() {
-    if (observed() && active_ == 0 && foreignRuns_ == 0 && !runnable()) quiet_.notify_all();
+bool WorkerPool::isQuiet() const noexcept {
+    return active_ == 0 && serialReady_ + globalReady_ == 0 && foreignRuns_ == 0;
 }
 
-void WorkerPool::addObserver(int difference) noexcept {
-    observers_.fetch_add(difference, std::memory_order_relaxed);
+void WorkerPool::noteQuiet() noexcept {
+    if (observers_ != 0 && isQuiet()) quiet_.notify_all();
 }
 
-void WorkerPool::addForeignRun(int difference) noexcept {
-    const std::lock_guard lock(mutex_);
-    foreignRuns_ += static_cast<std::size_t>(difference);
-    noteQuiet();
+void WorkerPool::endForeignRun() noexcept {
+    if (foreignRuns_.fetch_sub(1) == 1 && observers_ != 0) pokeObservers();
 }
 
+// The caller has made its change visible: a waiter that came too late to be seen here will see that.
 void WorkerPool::pokeObservers() noexcept {
+    if (observers_ == 0) return;
     const std::lock_guard lock(mutex_);
     quiet_.notify_all();
 }
 
 void WorkerPool::waitUntilQuiet(const std::function<bool()>& interrupted) {
-    std::unique_lock lock(mutex_);
-    quiet_.wait(lock, [&] {
-        return (active_ == 0 && foreignRuns_ == 0 && serialReady_ + globalReady_ == 0) || interrupted();
-    });
+    const int held = foreignRunsHeld_;
+    ++observers_;
+    foreignRuns_ -= held;
+    {
+        std::unique_lock lock(mutex_);
+        quiet_.wait(lock, [&] { return isQuiet() || interrupted(); });
+    }
+    foreignRuns_ += held;
+    --observers_;
 }
 
 }  // namespace zqcore::platform

@@ -55,13 +55,14 @@ class WorkerPool final {
 
     // For the clock driver.
 
-    /// Whether anyone wants to know when all is quiet; only then foreign threads are counted.
-    [[nodiscard]] bool observed() const noexcept { return observers_.load(std::memory_order_relaxed) != 0; }
-    void addObserver(int difference) noexcept;
-    /// A block of a serial queue runs, or is about to, on a thread that isn't a worker.
-    void addForeignRun(int difference) noexcept;
-    /// Returns when no block is ready or runs, threads in a blocking scope left out, or `interrupted` says
-    /// so.
+    /// Code runs on behalf of a queue, or is about to, on a thread that no worker count covers: inside
+    /// `sync`, or on its way back from one. Counted before it can run and until it can't go on.
+    void beginForeignRun() noexcept { foreignRuns_.fetch_add(1); }
+    void endForeignRun() noexcept;
+    /// The same for the time of a block's run on the calling thread, which doesn't wait for itself.
+    static void holdForeignRun(int difference) noexcept { foreignRunsHeld_ += difference; }
+    /// Returns when no block is ready or runs, threads in a blocking scope and the caller's own runs left
+    /// out, or `interrupted` says so. It is asked under the pool's lock.
     void waitUntilQuiet(const std::function<bool()>& interrupted);
     /// Makes `waitUntilQuiet` ask again.
     void pokeObservers() noexcept;
@@ -103,7 +104,8 @@ class WorkerPool final {
     void work();
     void run(Item& item);
     bool rest(Worker& me, std::unique_lock<std::mutex>& lock);
-    void noteQuiet();
+    void noteQuiet() noexcept;
+    [[nodiscard]] bool isQuiet() const noexcept;
     void watchProgress();
     void ensureMonitor();
     std::size_t workersOnProcessor();
@@ -117,7 +119,6 @@ class WorkerPool final {
     std::size_t threads_ = 0;
     // Workers that run or were told to; those in a blocking scope don't count.
     std::size_t active_ = 0;
-    std::size_t foreignRuns_ = 0;
     std::uint64_t taken_ = 0;
     const std::size_t concurrency_;
     std::vector<Worker*> workers_;
@@ -127,10 +128,14 @@ class WorkerPool final {
     bool monitorSleeps_ = false;
     FutexWord monitorWake_{0};
 
+    // Both are changed without the lock, each before the other is read, so that of the last run's end and a
+    // waiter's beginning one sees the other.
+    std::atomic<int> foreignRuns_{0};
     std::atomic<int> observers_{0};
     std::condition_variable quiet_;
 
     static thread_local Worker* current_;
+    static thread_local int foreignRunsHeld_;
 };
 
 }  // namespace zqcore::platform
