@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -49,14 +50,22 @@ TEST(ZQQueueTest, ExecuteInMainQueueGoesByTheLabelAndSafeMainByTheThread) {
     EXPECT_EQ(order, (std::vector<std::string>{"2", "3", "4", "5"}));
 }
 
+// Tokens are seen for the rest of the process, so each run of a test takes new ones.
+std::string newToken() {
+    static int made = 0;
+    return "ZQQueueTest." + std::to_string(++made);
+}
+
 TEST(ZQQueueTest, OnceRunsOncePerTokenAlsoNestedAndFromOtherThreads) {
+    const std::string token = newToken();
+    const std::string innerToken = newToken();
     int runs = 0;
-    const auto again = [&] { DispatchQueueExtension::once("token", [&] { ++runs; }); };
+    const auto again = [&] { DispatchQueueExtension::once(token, [&] { ++runs; }); };
     std::jthread([&] {
-        DispatchQueueExtension::once("token", [&] {
+        DispatchQueueExtension::once(token, [&] {
             ++runs;
             again();
-            DispatchQueueExtension::once("inner", [&] { ++runs; });
+            DispatchQueueExtension::once(innerToken, [&] { ++runs; });
         });
     }).join();
     again();
@@ -64,13 +73,15 @@ TEST(ZQQueueTest, OnceRunsOncePerTokenAlsoNestedAndFromOtherThreads) {
 }
 
 TEST(ZQQueueTest, OnceTellsPlacesInTheSourceApart) {
+    static int timesHere = 0;
+    const bool first = timesHere++ == 0;
     int runs = 0;
     for (int i = 0; i < 3; ++i) {
         DispatchQueueExtension::once([&] { ++runs; });
         DispatchQueueExtension::once([&] { runs += 10; });
         DispatchQueueExtension::once(nullptr);
     }
-    EXPECT_EQ(runs, 11);
+    EXPECT_EQ(runs, first ? 11 : 0) << "a place is the same place when the test is run again";
 }
 
 }  // namespace
