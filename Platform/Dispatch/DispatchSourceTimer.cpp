@@ -24,7 +24,8 @@ class TimerSource final : public DispatchSourceTimer,
                           public Deadline,
                           public std::enable_shared_from_this<TimerSource> {
   public:
-    explicit TimerSource(std::shared_ptr<DispatchQueue> queue) : queue_(std::move(queue)) {}
+    explicit TimerSource(std::shared_ptr<DispatchQueue> queue)
+        : queue_(queue ? std::move(queue) : DispatchQueue::global()) {}
     ~TimerSource() override { DeadlineScheduler::shared().remove(*this); }
 
     void schedule(DispatchTime start, Duration interval) override {

@@ -17,6 +17,7 @@ namespace zqcore::platform {
 /// negative one fires once at once and never again.
 class ZQ_EXPORT DispatchSourceTimer {
   public:
+    /// A null `queue` stands for the global one of standard quality, as on the platform.
     [[nodiscard]] static std::shared_ptr<DispatchSourceTimer> make(std::shared_ptr<DispatchQueue> queue);
     virtual ~DispatchSourceTimer() = default;
 

@@ -13,7 +13,10 @@ std::shared_ptr<GCDTimer> GCDTimer::make(double timeInterval, bool repeats,
 
 GCDTimer::GCDTimer(Private, double interval, bool repeating, std::shared_ptr<DispatchQueue> target,
                    Handler call)
-    : timeInterval(interval), repeats(repeating), queue(std::move(target)), handler(std::move(call)) {}
+    : timeInterval(interval),
+      repeats(repeating),
+      queue(target ? std::move(target) : DispatchQueue::global()),
+      handler(std::move(call)) {}
 
 GCDTimer::~GCDTimer() { invalidate(); }
 

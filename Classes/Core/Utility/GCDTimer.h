@@ -17,7 +17,8 @@ namespace zqcore {
 /// handler runs on `queue`, under no lock. A firing under way while another thread invalidates may still call
 /// it once. Lifetime: the owner keeps the timer; the running source holds it weakly, so dropping the last
 /// reference ends it. It can't be started again. Failure: none. A second `fire`, or one after `invalidate`,
-/// does nothing; an interval of 0 or less goes to the source as it is.
+/// does nothing; an interval of 0 or less goes to the source as it is; a null queue stands for the global one
+/// of standard quality.
 class ZQ_EXPORT GCDTimer final : public std::enable_shared_from_this<GCDTimer> {
     struct Private {};
 

@@ -91,6 +91,19 @@ TEST_F(GCDTimerTest, OddIntervalsGoToTheSourceAsTheyAre) {
     EXPECT_EQ(fired_, 11);
 }
 
+TEST_F(GCDTimerTest, WithoutAQueueTheHandlerRunsOnTheGlobalOne) {
+    std::string label;
+    const auto lost =
+        GCDTimer::make(1.0, false, nullptr, [&](GCDTimer&) { label = DispatchQueue::currentLabel(); });
+    EXPECT_EQ(lost->queue, DispatchQueue::global());
+    lost->fire();
+    clock_.advance(1s);
+    EXPECT_EQ(label, "com.apple.root.default-qos");
+    const auto mute = GCDTimer::make(1.0, true, nullptr, nullptr);
+    mute->fire();
+    clock_.advance(3s);
+}
+
 TEST_F(GCDTimerTest, FireAndInvalidateRaceHarmlessly) {
     for (int i = 0; i < 200; ++i) {
         const auto contested = timer(0.001, true);
