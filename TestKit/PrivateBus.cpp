@@ -3,6 +3,7 @@
 #include <signal.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <charconv>
 #include <fstream>
 #include <iterator>
@@ -29,15 +30,15 @@ void restore(const std::string& name, const std::optional<std::string>& value) {
     }
 }
 
-/// A session's usual rules: everyone of the user may own, send and receive; limits as large as the
-/// protocol's.
+/// A session's usual rules: whoever reaches it may own, send and receive; limits as large as the
+/// protocol's. The folder keeps other users out, unless a test opens it.
 [[nodiscard]] std::string configuration(const fs::path& directory) {
     return "<busconfig><type>session</type><keep_umask/>"
            "<listen>unix:path=" +
            (directory / "bus").string() + "</listen><auth>EXTERNAL</auth><servicedir>" +
            (directory / "data/dbus-1/services").string() +
            "</servicedir><policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
-           "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy>"
+           "<allow eavesdrop=\"true\"/><allow own=\"*\"/><allow user=\"*\"/></policy>"
            "<limit name=\"max_incoming_bytes\">1000000000</limit>"
            "<limit name=\"max_outgoing_bytes\">1000000000</limit>"
            "<limit name=\"max_message_size\">1000000000</limit>"
@@ -51,8 +52,7 @@ PrivateBus::PrivateBus() {
     if (!::mkdtemp(pattern.data())) return;
     directory_ = pattern;
     fs::create_directories(directory_ / "data/dbus-1/services");
-    fs::create_directories(directory_ / "data/applications");
-    fs::create_directories(directory_ / "home");
+    fs::create_directories(directory_ / "home/applications");
     std::ofstream(directory_ / "bus.conf") << configuration(directory_);
     address_ = "unix:path=" + (directory_ / "bus").string();
     setVariable(kAddressVariable, address_);
@@ -103,13 +103,15 @@ void PrivateBus::addService(const std::string& name, const std::string& command)
 }
 
 void PrivateBus::addDesktopEntry(const std::string& name, const std::string& command) {
-    std::ofstream(directory_ / "data/applications" / (name + ".desktop"))
+    std::ofstream(directory_ / "home/applications" / (name + ".desktop"))
         << "[Desktop Entry]\nType=Application\nName=" << name << "\nExec=" << command << "\n";
 }
 
 void PrivateBus::endStartedProcesses() const {
-    // A process that the daemon started carries the daemon's address under this name.
-    const std::string mark = "DBUS_STARTER_ADDRESS=" + address_;
+    // A process that the daemon started carries the daemon's address under this name, and one that was
+    // started for a desktop entry of ours the entry's path.
+    const std::string marks[] = {"DBUS_STARTER_ADDRESS=" + address_,
+                                 "GIO_LAUNCHED_DESKTOP_FILE=" + directory_.string() + "/"};
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator("/proc", ignored)) {
         const std::string name = entry.path().filename();
@@ -118,7 +120,9 @@ void PrivateBus::endStartedProcesses() const {
         if (read.ec != std::errc() || read.ptr != name.data() + name.size()) continue;
         std::ifstream file(entry.path() / "environ", std::ios::binary);
         const std::string environment{std::istreambuf_iterator<char>(file), {}};
-        if (environment.find(mark) != std::string::npos) ::kill(pid, SIGKILL);
+        const bool started = std::ranges::any_of(
+            marks, [&](const std::string& mark) { return environment.find(mark) != std::string::npos; });
+        if (started) ::kill(pid, SIGKILL);
     }
 }
 

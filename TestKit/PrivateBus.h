@@ -12,8 +12,8 @@ namespace zqcore::testkit {
 /// A session bus of the test's own: a dbus-daemon in a fresh folder, and the environment that leads to it
 /// (DBUS_SESSION_BUS_ADDRESS, XDG_DATA_DIRS, XDG_DATA_HOME), as it was before at its end.
 /// Threads: one, and the environment is the process's, so make it before others read it. Lifetime: a value on
-/// the test's stack; its end ends the daemon and every process that the daemon started, each by its number.
-/// Failure: `running` tells whether the daemon came up.
+/// the test's stack; its end ends the daemon and every process that it or a desktop entry of this bus
+/// started, each by its number. Failure: `running` tells whether the daemon came up.
 class PrivateBus final {
   public:
     PrivateBus();
@@ -28,7 +28,8 @@ class PrivateBus final {
 
     /// Makes `name` startable by the bus, by the command line `command`. Known at once.
     void addService(const std::string& name, const std::string& command);
-    /// Writes the desktop entry "NAME.desktop", which makes `name` an installed application.
+    /// Writes the desktop entry "NAME.desktop" in XDG_DATA_HOME, which makes `name` an installed application.
+    /// More keys may follow the command, each on a line.
     void addDesktopEntry(const std::string& name, const std::string& command);
 
     /// Ends the daemon: every connection to it is lost.

@@ -34,7 +34,8 @@ class ZQ_EXPORT SBApplication final {
 
     /// Whether it runs and serves at this moment.
     [[nodiscard]] bool isRunning() const;
-    /// Starts the application unless it runs. Returns at once; a command sent meanwhile waits for it.
+    /// Starts the application unless it runs: by the bus or, where that can't, by the program of its desktop
+    /// entry. Doesn't wait for it; a command sent meanwhile does.
     void activate();
     /// Whether it has that command; only "request:" can be known. A target that isn't running is started by
     /// the question, and one that can't answer is taken to have it, so that the call tells what is wrong.

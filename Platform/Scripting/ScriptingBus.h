@@ -34,8 +34,8 @@ enum class ScriptingServeStatus { serving, invalidIdentifier, nameTaken, noBus }
 /// Security: the session bus takes connections of its own user only; beside that, a command from a process of
 /// another user is refused here, by the user number that the bus tells. What arrives is checked: texts are
 /// UTF-8 without NUL and at most 100 MiB, memory files are sealed.
-/// Time: a call waits 120 seconds at most. Threads: every operation from any; all but `start` and `broadcast`
-/// may block for a round trip. Lifetime: it connects at first use, and again after the bus was lost, when it
+/// Time: a call waits 120 seconds at most. Threads: every operation from any; all but `broadcast` may
+/// block for a round trip. Lifetime: it connects at first use, and again after the bus was lost, when it
 /// also claims again what was served.
 /// Failure: a scripting error (-600 not there, -609 no bus, -1708 no such command, -1712 no answer, -1715
 /// refused text, -1743 not permitted) whose text keeps the bus's own words; never a hang.
@@ -60,7 +60,8 @@ class ZQ_EXPORT ScriptingBus {
     [[nodiscard]] virtual bool nameHasOwner(const std::string& identifier) = 0;
     /// Whether the bus can start a process for `identifier`.
     [[nodiscard]] virtual bool isActivatable(const std::string& identifier) = 0;
-    /// Has the bus start the process for `identifier`; doesn't wait.
+    /// Starts the process for `identifier` unless there is one: by the bus or, where that doesn't know it, by
+    /// its desktop entry. Doesn't wait for it; a question or a command that comes meanwhile does.
     virtual void start(const std::string& identifier) = 0;
     /// Whether the process has the command `request:`. It asks a process once for as long as that serves; a
     /// target that isn't running is started by the question. True if it can't be told: the call will.

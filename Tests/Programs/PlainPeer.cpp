@@ -1,9 +1,14 @@
 // A peer that knows nothing of this library, only the bus: plain sd-bus in either role.
 // Usage: PlainPeer serve IDENTIFIER PATH      prints "serving"; answers `request(s)` with the same text, and
 //                                             "error NAME" and "answer TEXT" with that
-//        PlainPeer call IDENTIFIER PATH TEXT  prints the answer, or "error NAME"
+//        PlainPeer call IDENTIFIER PATH TEXT  prints the answer, or "error NAME" and the reason
+//        PlainPeer foreign IDENTIFIER PATH TEXT  calls as the user "nobody"; run by root
+//        PlainPeer files IDENTIFIER PATH      serves `exchange(v)` with unsealed files for answers
+//        PlainPeer file IDENTIFIER PATH       calls `exchange(v)` with an unsealed file
 //        PlainPeer post NAME OBJECT JSON      posts a notification with the JSON under "request"
+#include <sys/mman.h>
 #include <systemd/sd-bus.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdio>
@@ -13,6 +18,7 @@
 namespace {
 
 constexpr const char* kInterface = "com.tessara.ZQCore.Scripting";
+constexpr unsigned kNobody = 65534;
 
 int onRequest(sd_bus_message* message, void*, sd_bus_error* error) {
     const char* text = nullptr;
@@ -30,12 +36,28 @@ int onRequest(sd_bus_message* message, void*, sd_bus_error* error) {
     return sd_bus_reply_method_return(message, "s", text);
 }
 
-int serve(sd_bus* bus, const char* identifier, const char* path) {
-    static const std::array<sd_bus_vtable, 3> table{{
+/// A memory file that its sender can still change.
+int unsealedFile() {
+    const int file = ::memfd_create("plain", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+    return ::write(file, "{}", 2) == 2 ? file : -1;
+}
+
+int onExchange(sd_bus_message* message, void*, sd_bus_error*) {
+    return sd_bus_reply_method_return(message, "v", "h", unsealedFile());
+}
+
+int serve(sd_bus* bus, const char* identifier, const char* path, bool files) {
+    static const std::array<sd_bus_vtable, 3> texts{{
         SD_BUS_VTABLE_START(0),
         SD_BUS_METHOD("request", "s", "s", &onRequest, SD_BUS_VTABLE_UNPRIVILEGED),
         SD_BUS_VTABLE_END,
     }};
+    static const std::array<sd_bus_vtable, 3> exchange{{
+        SD_BUS_VTABLE_START(0),
+        SD_BUS_METHOD("exchange", "v", "v", &onExchange, SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_VTABLE_END,
+    }};
+    const auto& table = files ? exchange : texts;
     // Without a path there is an object, but none with the command.
     if (*path && sd_bus_add_object_vtable(bus, nullptr, path, kInterface, table.data(), nullptr) < 0)
         return 1;
@@ -49,13 +71,23 @@ int serve(sd_bus* bus, const char* identifier, const char* path) {
     }
 }
 
+int tell(const sd_bus_error& error) {
+    std::printf("error %s\n%s\n", error.name, error.message);
+    return 1;
+}
+
+int callWithFile(sd_bus* bus, const char* identifier, const char* path) {
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    const int called = sd_bus_call_method(bus, identifier, path, kInterface, "exchange", &error, nullptr, "v",
+                                          "h", unsealedFile());
+    return called < 0 ? tell(error) : 0;
+}
+
 int call(sd_bus* bus, const char* identifier, const char* path, const char* text) {
     sd_bus_error error = SD_BUS_ERROR_NULL;
     sd_bus_message* answer = nullptr;
-    if (sd_bus_call_method(bus, identifier, path, kInterface, "request", &error, &answer, "s", text) < 0) {
-        std::printf("error %s\n", error.name);
-        return 1;
-    }
+    if (sd_bus_call_method(bus, identifier, path, kInterface, "request", &error, &answer, "s", text) < 0)
+        return tell(error);
     const char* result = nullptr;
     if (sd_bus_message_read(answer, "s", &result) < 0) return 1;
     std::printf("%s\n", result);
@@ -76,10 +108,12 @@ int post(sd_bus* bus, const char* name, const char* object, const char* json) {
 
 int main(int argc, char** argv) {
     sd_bus* bus = nullptr;
-    if (argc < 4 || sd_bus_open_user(&bus) < 0) return 2;
-    const std::string_view role = argv[1];
-    if (role == "serve") return serve(bus, argv[2], argv[3]);
-    if (role == "call" && argc == 5) return call(bus, argv[2], argv[3], argv[4]);
+    const std::string_view role = argc < 4 ? "" : argv[1];
+    if (role == "foreign" && (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) return 2;
+    if (role.empty() || sd_bus_open_user(&bus) < 0) return 2;
+    if (role == "serve" || role == "files") return serve(bus, argv[2], argv[3], role == "files");
+    if (role == "file") return callWithFile(bus, argv[2], argv[3]);
+    if ((role == "call" || role == "foreign") && argc == 5) return call(bus, argv[2], argv[3], argv[4]);
     if (role == "post" && argc == 5) return post(bus, argv[2], argv[3], argv[4]);
     return 2;
 }

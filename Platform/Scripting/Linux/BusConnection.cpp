@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <limits>
 #include <string>
@@ -18,6 +19,8 @@
 
 namespace zqcore::platform {
 namespace {
+
+std::atomic<std::chrono::microseconds> limitInForce{kCallLimit};
 
 constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
 
@@ -54,6 +57,9 @@ void silence(const FileDescriptor& bell) {
 }
 
 }  // namespace
+
+std::chrono::microseconds callLimit() noexcept { return limitInForce; }
+void setCallLimitForTesting(std::chrono::microseconds limit) noexcept { limitInForce = limit; }
 
 BusConnection::BusConnection(Owner& owner)
     : owner_(owner),
@@ -187,7 +193,8 @@ std::expected<void, NSError> BusConnection::call(const Build& build, const Read&
         const SdMessageHandle message(raw);
         if (failure < 0) return std::unexpected(scriptingErrorForErrno(failure, "the call can't be made"));
         sd_bus_slot* rawSlot = nullptr;
-        failure = sd_bus_call_async(bus_.get(), &rawSlot, raw, &onAnswer, &pending, kCallLimit);
+        failure = sd_bus_call_async(bus_.get(), &rawSlot, raw, &onAnswer, &pending,
+                                    static_cast<std::uint64_t>(callLimit().count()));
         if (failure < 0) return std::unexpected(scriptingErrorForErrno(failure, "the call can't be sent"));
         slot.reset(rawSlot);
     }

@@ -14,8 +14,13 @@
 namespace zqcore::platform {
 
 /// How long a call waits for its answer. The other side answers after 60 seconds at the latest, so that
-/// answer always comes first. It is the bus's own monotonic time, in microseconds.
-inline constexpr std::uint64_t kCallLimit = std::chrono::microseconds(std::chrono::seconds(120)).count();
+/// answer always comes first. It is the bus's own monotonic time.
+inline constexpr std::chrono::microseconds kCallLimit = std::chrono::seconds(120);
+
+/// The limit in force: `kCallLimit`, unless a test has put another in its place, for the bus's time can't be
+/// stepped. Any thread.
+[[nodiscard]] std::chrono::microseconds callLimit() noexcept;
+void setCallLimitForTesting(std::chrono::microseconds limit) noexcept;
 
 /// The process's one connection to the session bus. sd-bus isn't thread-safe, nor are the counters of its
 /// messages, so one lock lies over all of it; foreign code never runs under that lock.

@@ -4,7 +4,8 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <vector>
+#include <cstring>
+#include <utility>
 
 #include "Platform/Foundation/NSFileManager.h"
 
@@ -72,13 +73,37 @@ bool programExists(std::string_view program) {
     return found;
 }
 
-struct Entry {
+/// A value of the type string: its escapes \s, \n, \t, \r and \\ undone.
+std::string unescaped(std::string_view value) {
+    constexpr std::string_view kLetters = "sntr\\";
+    constexpr std::string_view kMeanings = " \n\t\r\\";
+    std::string text;
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        const auto letter =
+            value[i] == '\\' && i + 1 < value.size() ? kLetters.find(value[i + 1]) : kLetters.npos;
+        if (letter != kLetters.npos) ++i;
+        text += letter != kLetters.npos ? kMeanings[letter] : value[i];
+    }
+    return text;
+}
+
+struct EntryKeys {
+    DesktopEntry entry;
     bool hidden = false;
     std::string tryExec;
 };
 
-Entry readEntry(std::string_view text) {
-    Entry entry;
+void takeKey(EntryKeys& keys, std::string_view key, std::string_view value) {
+    if (key == "Hidden") keys.hidden = value == "true";
+    if (key == "TryExec") keys.tryExec = unescaped(value);
+    if (key == "Exec") keys.entry.exec = unescaped(value);
+    if (key == "Name") keys.entry.name = unescaped(value);
+    if (key == "Icon") keys.entry.icon = unescaped(value);
+    if (key == "Path") keys.entry.workingFolder = unescaped(value);
+}
+
+EntryKeys readEntry(std::string_view text) {
+    EntryKeys keys;
     bool inGroup = false;
     while (!text.empty()) {
         auto line = text.substr(0, text.find('\n'));
@@ -94,15 +119,14 @@ Entry readEntry(std::string_view text) {
         auto value = line.substr(equals + 1);
         while (key.ends_with(' ')) key.remove_suffix(1);
         while (value.starts_with(' ')) value.remove_prefix(1);
-        if (key == "Hidden") entry.hidden = value == "true";
-        if (key == "TryExec") entry.tryExec = value;
+        takeKey(keys, key, value);
     }
-    return entry;
+    return keys;
 }
 
 }  // namespace
 
-std::optional<std::string> findDesktopEntry(std::string_view identifier) {
+std::optional<DesktopEntry> findDesktopEntry(std::string_view identifier) {
     if (identifier.empty() || identifier.starts_with('.') || identifier.find('/') != std::string_view::npos ||
         identifier.find('\0') != std::string_view::npos) {
         return std::nullopt;
@@ -112,13 +136,57 @@ std::optional<std::string> findDesktopEntry(std::string_view identifier) {
         if (!path) continue;
         const auto text = NSFileManager::defaultManager().contentsAtPath(*path);
         if (!text) continue;
-        const auto entry = readEntry(text->view());
+        auto keys = readEntry(text->view());
         // Hidden says that the user removed it, which also covers the entries of the system.
-        if (entry.hidden) return std::nullopt;
-        if (!entry.tryExec.empty() && !programExists(entry.tryExec)) continue;
-        return path;
+        if (keys.hidden) return std::nullopt;
+        if (!keys.tryExec.empty() && !programExists(keys.tryExec)) continue;
+        keys.entry.path = *std::move(path);
+        return std::move(keys.entry);
     }
     return std::nullopt;
+}
+
+std::vector<std::string> commandLine(const DesktopEntry& entry) {
+    std::vector<std::string> arguments;
+    std::string argument;
+    bool begun = false;
+    bool quoted = false;
+    const auto add = [&](std::string_view part) {
+        argument += part;
+        begun = begun || !part.empty();
+    };
+    const auto end = [&] {
+        if (std::exchange(begun, false)) arguments.push_back(std::exchange(argument, {}));
+    };
+    const std::string_view exec = entry.exec;
+    for (std::size_t i = 0; i < exec.size(); ++i) {
+        const char next = i + 1 < exec.size() ? exec[i + 1] : '\0';
+        if (exec[i] == '"') {
+            quoted = !quoted;
+            begun = true;
+        } else if (quoted) {
+            const bool escaped = exec[i] == '\\' && next != '\0' && std::strchr("\"`$\\", next);
+            argument += escaped ? exec[++i] : exec[i];
+        } else if (std::strchr(" \t\n", exec[i])) {
+            end();
+        } else if (exec[i] != '%') {
+            add(exec.substr(i, 1));
+        } else {
+            ++i;
+            if (next == '%') add("%");
+            if (next == 'c') add(entry.name);
+            if (next == 'k') add(entry.path);
+            if (next == 'i' && !entry.icon.empty()) {
+                end();
+                arguments.insert(arguments.end(), {"--icon", entry.icon});
+            }
+            // The rest stand for files, of which there are none, or for nothing any more.
+            if (next == '\0' || !std::strchr("%ckifFuUdDnNvm", next)) return {};
+        }
+    }
+    if (quoted) return {};
+    end();
+    return arguments;
 }
 
 }  // namespace zqcore::platform

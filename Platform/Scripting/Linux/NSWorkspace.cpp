@@ -41,7 +41,7 @@ NSWorkspace& NSWorkspace::shared() {
 
 std::optional<NSURL> NSWorkspace::URLForApplicationWithBundleIdentifier(std::string_view identifier) const {
     if (identifier.empty()) return std::nullopt;
-    if (const auto entry = findDesktopEntry(identifier)) return NSURL::fileURLWithPath(*entry);
+    if (const auto entry = findDesktopEntry(identifier)) return NSURL::fileURLWithPath(entry->path);
     if (busKnows(identifier)) return NSURL("dbus:" + std::string(identifier));
     return std::nullopt;
 }

@@ -43,6 +43,9 @@ void ScriptingBus::installForTesting(ScriptingBus* bus) noexcept {
 SessionBus::SessionBus() : connection_(*new BusConnection(*this)) {}
 
 void SessionBus::closing() {
+    for (auto& [identifier, peer] : peers_) {
+        if (peer.launch) peer.launch->fail(scriptingErrorForErrno(-ECONNRESET, "the bus went away"));
+    }
     peers_.clear();
     admitted_.clear();
     judging_.clear();
@@ -93,6 +96,7 @@ int SessionBus::onOwnerChanged(sd_bus_message* message, void* pointer, sd_bus_er
     peer.owner = now;
     peer.known = true;
     peer.commands.reset();
+    if (peer.launch && !peer.owner.empty()) peer.launch->cameUp();
     return 0;
 }
 
@@ -162,7 +166,11 @@ bool SessionBus::isActivatable(const std::string& identifier) {
 }
 
 void SessionBus::start(const std::string& identifier) {
-    if (!isBusName(identifier)) return;
+    if (!isBusName(identifier) || nameHasOwner(identifier)) return;
+    if (!isActivatable(identifier)) {
+        static_cast<void>(launch(identifier, Failed::startsAnew));
+        return;
+    }
     const BusConnection::Access access(connection_);
     if (access.failure() < 0) return;
     sd_bus_message* raw = nullptr;
@@ -174,7 +182,43 @@ void SessionBus::start(const std::string& identifier) {
     if (made >= 0) sd_bus_send(access.bus(), raw, nullptr);
 }
 
+std::shared_ptr<ApplicationLaunch> SessionBus::launch(const std::string& identifier, Failed earlier) {
+    const auto entry = findDesktopEntry(identifier);
+    BusConnection::Access access(connection_);
+    access.takeInArrived();
+    if (access.failure() < 0) return nullptr;
+    // Before the start, so that its coming can't be missed.
+    watch(access.bus(), identifier);
+    Peer& peer = peers_[identifier];
+    auto& known = peer.launch;
+    const bool kept = known && (known->pending() || (known->failed() && earlier == Failed::counts));
+    // Or it has come since it was asked for.
+    if (kept || !peer.owner.empty() || !entry) return known;
+    return known = ApplicationLaunch::start(*entry, callLimit());
+}
+
+void SessionBus::forgetFailedLaunch(const std::string& identifier) {
+    const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
+    const auto peer = peers_.find(identifier);
+    if (peer != peers_.end() && peer->second.launch && peer->second.launch->failed())
+        peer->second.launch.reset();
+}
+
 std::expected<ScriptingCommands, NSError> SessionBus::commandsOf(const std::string& identifier) {
+    auto commands = askForCommands(identifier);
+    if (commands || !commands.error().localizedDescription().starts_with(SD_BUS_ERROR_SERVICE_UNKNOWN))
+        return commands;
+    // Nobody serves it and the bus can't start it. A start that failed isn't tried again by the next question
+    // of the same request.
+    const auto launched = launch(identifier, Failed::counts);
+    if (!launched) return commands;
+    // The bus answers in order: the watch is in force when this is, so who comes later is heard of.
+    if (callDaemon("GetNameOwner", identifier.c_str())) launched->cameUp();
+    if (auto up = launched->wait(); !up) return std::unexpected(std::move(up.error()));
+    return askForCommands(identifier);
+}
+
+std::expected<ScriptingCommands, NSError> SessionBus::askForCommands(const std::string& identifier) {
     {
         BusConnection::Access access(connection_);
         if (access.failure() < 0) return std::unexpected(scriptingErrorForErrno(access.failure(), "no bus"));
@@ -223,7 +267,10 @@ std::expected<ScriptingBus::Answer, NSError> SessionBus::request(const std::stri
         return std::unexpected(
             makeScriptingError(kErrorBadParameter, "the text isn't UTF-8 without NUL of at most 100 MiB"));
     const auto commands = commandsOf(identifier);
-    if (!commands) return std::unexpected(commands.error());
+    if (!commands) {
+        forgetFailedLaunch(identifier);
+        return std::unexpected(commands.error());
+    }
     if (!commands->request && !commands->exchange)
         return std::unexpected(makeScriptingError(kErrorNotHandled, "no such command: request"));
 

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Platform/Scripting/Linux/ApplicationLaunch.h"
 #include "Platform/Scripting/Linux/BusConnection.h"
 #include "Platform/Scripting/Linux/Introspection.h"
 #include "Platform/Scripting/Linux/SdBusHandles.h"
@@ -42,6 +43,8 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
         std::string owner;
         bool known = false;
         std::optional<ScriptingCommands> commands;
+        /// The last start of its desktop entry by this process, kept as long as it is of interest.
+        std::shared_ptr<ApplicationLaunch> launch;
     };
     /// An identifier that this process serves.
     struct Served {
@@ -70,6 +73,10 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     void lost() override;
 
     [[nodiscard]] std::expected<ScriptingCommands, NSError> commandsOf(const std::string& identifier);
+    [[nodiscard]] std::expected<ScriptingCommands, NSError> askForCommands(const std::string& identifier);
+    enum class Failed { counts, startsAnew };
+    [[nodiscard]] std::shared_ptr<ApplicationLaunch> launch(const std::string& identifier, Failed earlier);
+    void forgetFailedLaunch(const std::string& identifier);
     [[nodiscard]] std::expected<std::string, NSError> callDaemon(const char* method, const char* argument);
     void watch(sd_bus* bus, const std::string& identifier);
     void openAgain(int attempt);

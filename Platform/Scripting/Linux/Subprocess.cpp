@@ -58,7 +58,7 @@ struct SpawnSettings {
     posix_spawn_file_actions_t actions{};
     posix_spawnattr_t attributes{};
 
-    SpawnSettings() {
+    explicit SpawnSettings(int moreFlags = 0) {
         posix_spawn_file_actions_init(&actions);
         posix_spawnattr_init(&attributes);
         // The child starts with the signals as a shell would have them, whatever our thread blocks.
@@ -68,7 +68,8 @@ struct SpawnSettings {
         sigaddset(&signals, SIGPIPE);
         sigaddset(&signals, SIGCHLD);
         posix_spawnattr_setsigdefault(&attributes, &signals);
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+        posix_spawnattr_setflags(
+            &attributes, static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | moreFlags));
     }
     ~SpawnSettings() {
         posix_spawn_file_actions_destroy(&actions);
@@ -87,7 +88,7 @@ bool isSetBy(const std::vector<std::string>& environment, std::string_view entry
 }
 
 int spawn(pid_t& child, const std::vector<std::string>& arguments,
-          const std::vector<std::string>& environment, int input, int output, int errors) {
+          const std::vector<std::string>& environment, SpawnSettings& settings) {
     std::vector<char*> argumentList;
     for (const auto& argument : arguments) argumentList.push_back(const_cast<char*>(argument.c_str()));
     argumentList.push_back(nullptr);
@@ -99,14 +100,10 @@ int spawn(pid_t& child, const std::vector<std::string>& arguments,
     }
     environmentList.push_back(nullptr);
 
-    SpawnSettings settings;
-    posix_spawn_file_actions_adddup2(&settings.actions, input, STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&settings.actions, output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&settings.actions, errors, STDERR_FILENO);
     // Descriptors that others opened without close-on-exec stay here too.
     posix_spawn_file_actions_addclosefrom_np(&settings.actions, STDERR_FILENO + 1);
-    return posix_spawn(&child, argumentList[0], &settings.actions, &settings.attributes, argumentList.data(),
-                       environmentList.data());
+    return posix_spawnp(&child, argumentList[0], &settings.actions, &settings.attributes, argumentList.data(),
+                        environmentList.data());
 }
 
 /// The three streams and the life of one child.
@@ -209,9 +206,12 @@ std::expected<SubprocessResult, NSError> runSubprocess(const std::vector<std::st
     Pipe output;
     Pipe errors;
     if (!makePipe(toChild) || !makePipe(output) || !makePipe(errors)) return failure(errno, "pipe");
+    SpawnSettings settings;
+    posix_spawn_file_actions_adddup2(&settings.actions, toChild.read.get(), STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&settings.actions, output.write.get(), STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&settings.actions, errors.write.get(), STDERR_FILENO);
     pid_t child = 0;
-    const int status =
-        spawn(child, arguments, environment, toChild.read.get(), output.write.get(), errors.write.get());
+    const int status = spawn(child, arguments, environment, settings);
     if (status != 0) return failure(status, arguments[0]);
     for (auto* end : {&toChild.read, &output.write, &errors.write}) *end = Descriptor();
 
@@ -219,6 +219,20 @@ std::expected<SubprocessResult, NSError> runSubprocess(const std::vector<std::st
                               input);
     if (!conversation.hold()) return failure(EFBIG, arguments[0]);
     return conversation.takeResult();
+}
+
+std::expected<pid_t, NSError> startDetached(const std::vector<std::string>& arguments,
+                                            const std::vector<std::string>& environment,
+                                            const std::string& workingFolder) {
+    SpawnSettings settings(POSIX_SPAWN_SETSID);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        posix_spawn_file_actions_addopen(&settings.actions, stream, "/dev/null", O_RDWR, 0);
+    if (!workingFolder.empty())
+        posix_spawn_file_actions_addchdir_np(&settings.actions, workingFolder.c_str());
+    pid_t child = 0;
+    if (const int status = spawn(child, arguments, environment, settings); status != 0)
+        return failure(status, arguments[0]);
+    return child;
 }
 
 }  // namespace zqcore::platform

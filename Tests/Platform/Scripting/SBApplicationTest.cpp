@@ -1,13 +1,16 @@
 #include "Platform/Scripting/SBApplication.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "Platform/Scripting/BusDirectory.h"
+#include "Platform/Scripting/Linux/BusConnection.h"
 #include "Platform/Scripting/NSScriptSuiteRegistry.h"
 #include "TestKit/PrivateBus.h"
 
@@ -140,6 +143,21 @@ TEST_F(SBApplicationTest, FailedStartsFailTheEventNotTheQuestion) {
         << failures->errors[0].description();
 }
 
+/// Puts the limit of calls back at its end.
+struct ShortCalls {
+    ShortCalls() { setCallLimitForTesting(std::chrono::milliseconds(20)); }
+    ~ShortCalls() { setCallLimitForTesting(kCallLimit); }
+};
+
+TEST_F(SBApplicationTest, ACallThatIsNotAnsweredInTimeFails) {
+    const auto server = startServer();
+    const auto app = application();
+    EXPECT_EQ(app->request("known"), "known");
+    const ShortCalls limit;
+    EXPECT_EQ(app->request("hold"), std::nullopt);
+    EXPECT_EQ(failures->lastCode(), -1712);
+}
+
 TEST_F(SBApplicationTest, TargetThatGoesIsSeenAtOnce) {
     auto server = startServer();
     const auto app = application();
@@ -259,6 +277,33 @@ TEST_F(SBApplicationTest, AnyBusToolCanCallAServer) {
     EXPECT_EQ(ask("repeat 100000"), std::string(100'000, 'x')) << "no file for whoever asked with a text";
     for (const char* text : {"nothing", "drop", "bad answer"})
         EXPECT_EQ(ask(text), "error com.tessara.ZQCore.Scripting.Error.NoResult") << text;
+}
+
+TEST_F(SBApplicationTest, AnotherUserIsRefused) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+    const auto server = startServer();
+    // What keeps others out is the folder; a bus that they can reach is the one to be prepared for.
+    namespace fs = std::filesystem;
+    const auto parent = bus.directory().parent_path();
+    for (const auto& folder : {bus.directory(), parent, parent.parent_path()})
+        fs::permissions(folder, fs::perms::others_exec, fs::perm_options::add);
+    ChildProcess peer({kPlainPeer, "foreign", kTarget, "/com/example/text_server", "pid?"});
+    EXPECT_EQ(peer.readLine(), "error org.freedesktop.DBus.Error.AccessDenied");
+    EXPECT_EQ(peer.readLine(), "only processes of the same user may call");
+    EXPECT_EQ(application()->request("hello"), "hello") << "the server goes on";
+}
+
+TEST_F(SBApplicationTest, FilesThatTheirSenderCouldStillChangeAreRefused) {
+    {
+        const auto server = startServer();
+        ChildProcess peer({kPlainPeer, "file", kTarget, "/com/example/text_server"});
+        EXPECT_EQ(peer.readLine(), "error org.freedesktop.DBus.Error.InvalidArgs");
+        EXPECT_EQ(peer.readLine(), "the file isn't sealed");
+    }
+    ChildProcess peer({kPlainPeer, "files", kTarget, "/com/example/text_server"});
+    ASSERT_EQ(peer.readLine(), "serving");
+    EXPECT_EQ(application()->request("hello"), std::nullopt);
+    EXPECT_EQ(failures->lastCode(), -1715);
 }
 
 TEST_F(SBApplicationTest, AnyBusToolCanBeAServer) {

@@ -1,0 +1,145 @@
+// Targets that only a desktop entry names: how they are started, and what is told when they don't come.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Platform/Scripting/Linux/BusConnection.h"
+#include "Platform/Scripting/Linux/DesktopEntries.h"
+#include "Platform/Scripting/SBApplication.h"
+#include "Platform/Scripting/ScriptingBus.h"
+#include "TestKit/PrivateBus.h"
+
+namespace zqcore::platform {
+namespace {
+
+constexpr const char* kTarget = "com.example.text-server";
+const std::string kServerCommand = std::string("exec ") + ZQ_TEST_PROGRAMS + "/TextServer " + kTarget;
+
+class DesktopEntryTest : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_TRUE(bus.running()); }
+
+    /// The command line of a shell that notes the start and goes on with `command`.
+    [[nodiscard]] std::string noted(const std::string& command) const {
+        return "sh -c \"echo >>starts; " + command + "\"\nPath=" + bus.directory().string();
+    }
+    [[nodiscard]] std::size_t starts() const {
+        std::ifstream file(bus.directory() / "starts");
+        return static_cast<std::size_t>(std::count(std::istreambuf_iterator<char>(file), {}, '\n'));
+    }
+    /// The answer, or the code of the error and its text.
+    static std::string ask(const std::string& text) {
+        const auto answer = ScriptingBus::current().request(kTarget, text);
+        if (!answer)
+            return std::to_string(answer.error().code()) + " " + answer.error().localizedDescription();
+        return answer->value_or("nothing");
+    }
+
+    testkit::PrivateBus bus;
+};
+
+TEST_F(DesktopEntryTest, StartsTheTarget) {
+    bus.addDesktopEntry(kTarget, noted(kServerCommand));
+    const auto app = SBApplication::make(kTarget);
+    ASSERT_TRUE(app);
+    EXPECT_FALSE(app->isRunning());
+    EXPECT_EQ(starts(), 0U) << "making the object starts nothing";
+    app->activate();
+    EXPECT_TRUE(app->respondsToSelector("request:"));
+    const auto first = ask("pid?");
+    const int pid = std::atoi(first.c_str());
+    EXPECT_EQ(::getsid(pid), pid) << "it outlives the caller's terminal";
+    EXPECT_EQ(std::filesystem::read_symlink("/proc/" + first + "/fd/1"), "/dev/null");
+    app->activate();
+    EXPECT_EQ(ask("pid?"), first);
+
+    // The target dies; the callers who come then, all at once, start it once.
+    EXPECT_TRUE(ask("die").starts_with("-1712 "));
+    std::vector<std::thread> threads;
+    std::vector<std::string> pids(8);
+    for (auto& answer : pids) {
+        threads.emplace_back([&answer, &app] {
+            app->activate();
+            answer = ask("pid?");
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_GT(std::atoi(pids.front().c_str()), 0) << pids.front();
+    EXPECT_EQ(std::ranges::count(pids, pids.front()), 8);
+    EXPECT_EQ(starts(), 2U);
+}
+
+TEST_F(DesktopEntryTest, FailedStartsFailTheEventOnce) {
+    struct Case {
+        std::string command;
+        std::string reason;
+    };
+    for (const auto& [command, reason] :
+         {Case{noted("exit 7"), "-600 the application ended with status 7"},
+          {noted("kill -9 $$"), "-600 the application ended with signal 9"},
+          {"/no/such/program", "-600 /no/such/program: No such file or directory"},
+          {"sh %z", "-600 nothing to run in "},
+          {"", "-600 nothing to run in "}}) {
+        std::filesystem::remove(bus.directory() / "starts");
+        bus.addDesktopEntry(kTarget, command);
+        const auto app = SBApplication::make(kTarget);
+        ASSERT_TRUE(app);
+        for (const std::size_t attempt : {1U, 2U}) {
+            app->activate();
+            EXPECT_TRUE(app->respondsToSelector("request:")) << "it can't be told; the call will";
+            const auto answer = ask("hello");
+            EXPECT_TRUE(answer.starts_with(reason)) << answer;
+            EXPECT_EQ(starts(), command.starts_with("sh -c") ? attempt : 0) << "one start a request";
+        }
+    }
+}
+
+TEST_F(DesktopEntryTest, AProgramThatNeverComesToTheBusIsGivenUp) {
+    bus.addDesktopEntry(kTarget, "true");
+    setCallLimitForTesting(std::chrono::milliseconds(20));
+    EXPECT_EQ(ask("hello"), "-1712 the application didn't come to the bus");
+    setCallLimitForTesting(kCallLimit);
+}
+
+TEST_F(DesktopEntryTest, ALostBusEndsTheWait) {
+    bus.addDesktopEntry(kTarget, noted("exec sleep 1000"));
+    std::string answer;
+    std::thread caller([&] { answer = ask("hello"); });
+    while (starts() == 0) std::this_thread::yield();
+    bus.stop();
+    caller.join();
+    EXPECT_TRUE(answer.starts_with("-609 ")) << answer;
+}
+
+TEST(DesktopEntryExecTest, ReadsCommandLinesOfEveryForm) {
+    using Arguments = std::vector<std::string>;
+    struct Case {
+        std::string exec;
+        Arguments arguments;
+    };
+    for (const auto& [exec, arguments] :
+         {Case{"program", {"program"}},
+          {"  program  a\tb ", {"program", "a", "b"}},
+          {R"("a program" "" "q\"u\`o\$t\\e\d" x"y z")", {"a program", "", "q\"u`o$t\\e\\d", "xy z"}},
+          {"program 100%% %f %F %u %U %d %D %n %N %v %m --file=%f", {"program", "100%", "--file="}},
+          {"program %i --name=%c %k", {"program", "--icon", "the icon", "--name=A Name", "/an.desktop"}},
+          {"program \"%z\"", {"program", "%z"}},
+          {"program %z", {}},
+          {"program %", {}},
+          {"program \"open", {}},
+          {"%f", {}},
+          {"", {}}}) {
+        EXPECT_EQ(commandLine({"/an.desktop", "A Name", "the icon", exec, ""}), arguments) << exec;
+    }
+    EXPECT_EQ(commandLine({"/an.desktop", "", "", "program %i %c", ""}), Arguments{"program"});
+}
+
+}  // namespace
+}  // namespace zqcore::platform
