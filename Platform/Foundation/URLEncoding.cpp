@@ -83,8 +83,10 @@ std::vector<const Value::Dictionary::Entry*> sortedByKey(const Value::Dictionary
     std::vector<const Value::Dictionary::Entry*> entries;
     entries.reserve(dictionary.size());
     for (const auto& entry : dictionary) entries.push_back(&entry);
-    std::ranges::stable_sort(entries, [](const auto* a, const auto* b) {
-        return compareText(a->first, b->first) == NSOrderedAscending;
+    // Equal keys keep their order, which is that of their places. Clang takes no stable_sort of GCC 12.
+    std::ranges::sort(entries, [](const auto* a, const auto* b) {
+        const auto order = compareText(a->first, b->first);
+        return order == NSOrderedSame ? a < b : order == NSOrderedAscending;
     });
     return entries;
 }
