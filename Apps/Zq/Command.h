@@ -41,6 +41,12 @@ extern const Command kListenCommand;
 extern const Command kListCommand;
 extern const Command kInstallScriptCommand;
 extern const Command kLogCommand;
+extern const Command kDefaultsCommand;
+extern const Command kCrashCommand;
+extern const Command kCaseCommand;
+extern const Command kEmojiCommand;
+extern const Command kVersionCommand;
+extern const Command kCryptCommand;
 extern const Command kRelayCommand;
 extern const Command kCompletionCommand;
 

@@ -17,7 +17,8 @@ int run(std::span<const std::string> arguments) {
     if (parsed->words()[0] == "zsh") std::puts("autoload -U +X bashcompinit && bashcompinit");
     std::puts("_zq() {\n    local word=${COMP_WORDS[COMP_CWORD]} words");
     std::puts(
-        "    case ${COMP_WORDS[COMP_CWORD-1]} in --body-file) COMPREPLY=($(compgen -f -- \"$word\")); "
+        "    case ${COMP_WORDS[COMP_CWORD-1]} in --body-file|--key-file) COMPREPLY=($(compgen -f -- "
+        "\"$word\")); "
         "return;; esac");
     std::puts("    if [ $COMP_CWORD -eq 1 ]; then\n        words='--help'");
     for (const Command* command : allCommands()) {

@@ -47,7 +47,7 @@ int run(std::span<const std::string> arguments) {
         list.emplace_back(std::move(one));
     }
     if (list.empty()) return complain("no request has the path \"" + parsed->words()[0] + "\"");
-    return printJSON(Value(std::move(list))) ? kDone : complain("can't write the result", kUnreadable);
+    return finishWith(Value(std::move(list)));
 }
 
 }  // namespace

@@ -39,7 +39,7 @@ int run(std::span<const std::string> arguments) {
     const auto stored = defaults->objectForKey(kLevelKey);
     result.set("level", stored && stored->numberAsUInt32() ? Value(*stored->numberAsUInt32()) : Value());
     result.set("settings", defaults->path());
-    return printJSON(Value(std::move(result))) ? kDone : complain("can't write the result", kUnreadable);
+    return finishWith(Value(std::move(result)));
 }
 
 }  // namespace

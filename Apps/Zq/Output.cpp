@@ -3,7 +3,9 @@
 #include <cstdio>
 #include <utility>
 
+#include "Apps/Zq/Command.h"
 #include "Classes/Core/Utility/Codable/JSONTool.h"
+#include "Platform/Foundation/NSDateFormatter.h"
 
 namespace zq {
 
@@ -33,6 +35,10 @@ Value shortened(const Value& value) {
     return value;
 }
 
+bool put(std::string_view bytes) {
+    return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() && std::fflush(stdout) == 0;
+}
+
 }  // namespace
 
 bool printJSON(Value value, bool brief) {
@@ -40,7 +46,22 @@ bool printJSON(Value value, bool brief) {
     auto text = zqcore::JSONTool::encodeToString(value);
     if (!text) return false;
     text->push_back('\n');
-    return std::fwrite(text->data(), 1, text->size(), stdout) == text->size() && std::fflush(stdout) == 0;
+    return put(*text);
+}
+
+int finishWith(Value value, bool brief) {
+    return printJSON(std::move(value), brief) ? kDone : complain("can't write the result", kUnreadable);
+}
+
+std::string dateText(zqcore::Date date) {
+    zqcore::NSDateFormatter formatter;
+    formatter.setDateFormat("yyyy-MM-dd'T'HH:mm:ss.SSS'Z'");
+    formatter.setTimeZone(zqcore::NSTimeZone::timeZoneForSecondsFromGMT(0));
+    return formatter.stringFromDate(date);
+}
+
+int finishWithBytes(std::string_view bytes, bool line) {
+    return put(bytes) && (!line || put("\n")) ? kDone : complain("can't write the result", kUnreadable);
 }
 
 }  // namespace zq

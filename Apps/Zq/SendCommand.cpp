@@ -1,13 +1,12 @@
 #include <chrono>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <utility>
 
 #include "Apps/Zq/Arguments.h"
 #include "Apps/Zq/Command.h"
+#include "Apps/Zq/Input.h"
 #include "Apps/Zq/Output.h"
 #include "Apps/Zq/RequestTypes.h"
 #include "Classes/AppleScript/BridgeSender/BridgeSender.h"
@@ -127,13 +126,6 @@ int send(const Order& order) {
     return kUsage;
 }
 
-std::optional<std::string> contentOf(const std::string& path) {
-    std::ifstream file(path == "-" ? "/dev/stdin" : path, std::ios::binary);
-    if (!file) return std::nullopt;
-    std::string content{std::istreambuf_iterator<char>(file), {}};
-    return file.bad() ? std::nullopt : std::optional(std::move(content));
-}
-
 int runWith(const Arguments& parsed, std::string path) {
     Order order;
     order.path = std::move(path);
@@ -157,8 +149,8 @@ int runWith(const Arguments& parsed, std::string path) {
         return complain("--body and --body-file exclude each other");
     order.body = parsed.value("body");
     if (const auto file = parsed.value("body-file")) {
-        order.body = contentOf(*file);
-        if (!order.body) return complain("can't read " + *file, kUnreadable);
+        order.body = readContent(*file);
+        if (!order.body) return kUnreadable;
     }
     return withRequestType(order.path, order.carrier == Carrier::distributed,
                            [&]<class R>() { return send<R>(order); });

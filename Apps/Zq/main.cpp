@@ -15,13 +15,16 @@ namespace zq {
 namespace {
 
 constexpr const Command* kCommands[] = {
-    &kSendCommand,          &kInfoCommand, &kListenCommand, &kListCommand,
-    &kInstallScriptCommand, &kLogCommand,  &kRelayCommand,  &kCompletionCommand,
+    &kSendCommand,    &kInfoCommand,     &kListenCommand, &kListCommand,       &kInstallScriptCommand,
+    &kLogCommand,     &kDefaultsCommand, &kCrashCommand,  &kCaseCommand,       &kEmojiCommand,
+    &kVersionCommand, &kCryptCommand,    &kRelayCommand,  &kCompletionCommand,
 };
 
 void printOverview(std::FILE* out) {
     std::fputs(
-        "zq talks to Orbel and its helper.\n\n"
+        "zq talks to Orbel and its helper, looks after their settings and crash reports, and lends their "
+        "text\n"
+        "tools to a shell.\n\n"
         "usage: zq COMMAND [WORDS] [OPTIONS]\n\n",
         out);
     for (const Command* command : kCommands) {
@@ -31,9 +34,11 @@ void printOverview(std::FILE* out) {
     }
     std::fputs(
         "\nzq COMMAND --help teaches one command.\n"
-        "Exit codes: 0 done, 1 the answer holds an error, 2 the command line is wrong, 3 the request was "
-        "not\n"
-        "delivered or its answer not understood, 4 no answer in time, 5 a file or a text could not be read.\n"
+        "Exit codes: 0 done, 1 the answer holds an error or what was asked for isn't there, 2 the command "
+        "line\n"
+        "is wrong, 3 the request was not delivered or its answer not understood, 4 no answer in time, 5 a "
+        "file\n"
+        "or a text could not be read.\n"
         "With ZQ_LOG_TO_STDERR set, the lines of the log go to standard error as well where there is no "
         "journal.\n",
         out);

@@ -72,9 +72,13 @@ std::string ZQCrash::exportDirectory() {
     return stringByAppendingPathComponent(ZQPathFetcher::zqcoreLogsDirectory(), "ZQCrash");
 }
 
-std::vector<ZQCrash::ExportedReport> ZQCrash::exportedReports() {
+std::string ZQCrash::exportDirectory(std::string_view identifier) {
+    return stringByAppendingPathComponent(ZQPathFetcher::sandboxDirectory(identifier),
+                                          "Documents/ZQCoreLogs/ZQCrash");
+}
+
+std::vector<ZQCrash::ExportedReport> ZQCrash::exportedReports(const std::string& directory) {
     std::vector<ExportedReport> reports;
-    const std::string directory = exportDirectory();
     const auto names = NSFileManager::defaultManager().contentsOfDirectoryAtPath(directory);
     if (!names) return reports;
     for (const std::string& name : *names) {

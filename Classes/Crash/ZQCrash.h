@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Platform/Base/Date.h"
@@ -34,10 +35,13 @@ class ZQ_EXPORT ZQCrash final {
     };
     /// The files that lie there now, the oldest first, those without a date last. For an application that
     /// wants to ask its user about them. It may delete them; nothing else ever does.
-    [[nodiscard]] static std::vector<ExportedReport> exportedReports();
+    [[nodiscard]] static std::vector<ExportedReport> exportedReports(
+        const std::string& directory = exportDirectory());
 
     /// The directory that the files lie in.
     [[nodiscard]] static std::string exportDirectory();
+    /// That of another application of this user, one that isn't sandboxed. Makes nothing on disk.
+    [[nodiscard]] static std::string exportDirectory(std::string_view identifier);
 };
 
 }  // namespace zqcore

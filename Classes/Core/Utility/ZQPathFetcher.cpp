@@ -28,11 +28,14 @@ void printLine(const std::string& line) {
     std::fflush(stdout);
 }
 
-/// The path `component` below `base`, made on disk; the path stands even if it can't be made.
-std::string madeDirectory(std::string_view base, std::string_view component) {
-    std::string path = stringByAppendingPathComponent(base, component);
+/// `path`, made on disk; it stands even if it can't be made.
+std::string made(std::string path) {
     fetcherCreateDirectoryIfNotExist(path);
     return path;
+}
+
+std::string madeDirectory(std::string_view base, std::string_view component) {
+    return made(stringByAppendingPathComponent(base, component));
 }
 
 /// Paths are asked for to the very end of the process, when other statics write their last.
@@ -83,10 +86,7 @@ class ZQPathFetcher::Virtual final : public ZQPathFetcherDifferentPath {
   public:
     std::string sandboxDirectory() const override {
         static const std::string& path =
-            immortal(madeDirectory(stringByAppendingPathComponent(
-                                       firstUserDirectoryOrEmpty(NSSearchPathDirectory::applicationSupport),
-                                       "/" + ZQInfo::appIdentifier()),
-                                   "/VirtualSandbox"));
+            immortal(made(ZQPathFetcher::sandboxDirectory(ZQInfo::appIdentifier())));
         return path;
     }
     std::string documentsDirectory() const override {
@@ -114,6 +114,11 @@ const ZQPathFetcher::ZQPathFetcherDifferentPath& ZQPathFetcher::fetcher() {
 std::string ZQPathFetcher::bundleDirectory() { return NSBundle::mainBundle()->bundlePath(); }
 
 std::string ZQPathFetcher::sandboxDirectory() { return fetcher().sandboxDirectory(); }
+std::string ZQPathFetcher::sandboxDirectory(std::string_view identifier) {
+    return stringByAppendingPathComponent(
+        stringByAppendingPathComponent(applicationSupportDirectory(), "/" + std::string(identifier)),
+        "/VirtualSandbox");
+}
 std::string ZQPathFetcher::documentsDirectory() { return fetcher().documentsDirectory(); }
 std::string ZQPathFetcher::libraryDirectory() { return fetcher().libraryDirectory(); }
 std::string ZQPathFetcher::cachesDirectory() { return fetcher().cachesDirectory(); }

@@ -19,6 +19,8 @@ class ZQ_EXPORT ZQPathFetcher final {
 
     [[nodiscard]] static std::string bundleDirectory();
     [[nodiscard]] static std::string sandboxDirectory();
+    /// The private tree of another application of this user, one that isn't sandboxed. Makes nothing on disk.
+    [[nodiscard]] static std::string sandboxDirectory(std::string_view identifier);
     [[nodiscard]] static std::string documentsDirectory();
     [[nodiscard]] static std::string libraryDirectory();
     [[nodiscard]] static std::string cachesDirectory();
