@@ -1,0 +1,217 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "Platform/AppKit/NSResponder.h"
+#include "Platform/Base/CGGeometry.h"
+#include "Platform/Base/Export.h"
+#include "Platform/Foundation/NSComparisonResult.h"
+
+namespace zqcore::platform {
+
+class CALayer;
+class NSTrackingArea;
+class NSViewController;
+class NSWindow;
+
+inline constexpr std::string_view NSViewFrameDidChangeNotification = "NSViewFrameDidChangeNotification";
+inline constexpr std::string_view NSViewBoundsDidChangeNotification = "NSViewBoundsDidChangeNotification";
+
+enum class NSWindowOrderingMode { below = -1, out = 0, above = 1 };
+enum class NSLayoutConstraintOrientation { horizontal = 0, vertical = 1 };
+
+/// How a side gives when the superview's size changes, as bits.
+using NSAutoresizingMaskOptions = unsigned;
+inline constexpr NSAutoresizingMaskOptions NSViewNotSizable = 0;
+inline constexpr NSAutoresizingMaskOptions NSViewMinXMargin = 1;
+inline constexpr NSAutoresizingMaskOptions NSViewWidthSizable = 2;
+inline constexpr NSAutoresizingMaskOptions NSViewMaxXMargin = 4;
+inline constexpr NSAutoresizingMaskOptions NSViewMinYMargin = 8;
+inline constexpr NSAutoresizingMaskOptions NSViewHeightSizable = 16;
+inline constexpr NSAutoresizingMaskOptions NSViewMaxYMargin = 32;
+
+/// A rectangle of a window that draws, holds other views and takes events.
+/// Units: points. The frame lies in the superview's interior space; `isFlipped` turns the view's own interior
+/// alone. Window space is y-up from the lower left of the window. Threads: main thread.
+/// Lifetime: a view holds its subviews; superview, window and controller are held weakly.
+/// Failure: strangers given as parents or siblings are passed over; an exception of an override is caught.
+class ZQ_EXPORT NSView : public NSResponder {
+  public:
+    NSView() = default;
+    explicit NSView(const CGRect& frame) : frame_(frame) {}
+    ~NSView() override;
+
+    // Tree.
+    [[nodiscard]] std::shared_ptr<NSView> superview() const noexcept { return superview_.lock(); }
+    [[nodiscard]] std::shared_ptr<NSWindow> window() const noexcept { return window_.lock(); }
+    /// Back to front.
+    [[nodiscard]] const std::vector<std::shared_ptr<NSView>>& subviews() const noexcept { return subviews_; }
+    /// In front of all; leaves its old parent first. An ancestor of this view, or itself, is refused.
+    void addSubview(const std::shared_ptr<NSView>& view);
+    /// Right in front of or behind `sibling`; without one in front of or behind all.
+    void addSubview(const std::shared_ptr<NSView>& view, NSWindowOrderingMode place,
+                    const std::shared_ptr<NSView>& sibling);
+    void removeFromSuperview();
+    /// Stable: equal views keep their order.
+    void sortSubviewsUsingFunction(const std::function<NSComparisonResult(NSView&, NSView&)>& compare);
+    [[nodiscard]] bool isDescendantOf(const NSView& view) const noexcept;
+    [[nodiscard]] std::shared_ptr<NSResponder> nextResponder() const override;
+
+    virtual void viewWillMoveToWindow(const std::shared_ptr<NSWindow>& /*window*/) {}
+    virtual void viewDidMoveToWindow() {}
+    virtual void viewWillMoveToSuperview(const std::shared_ptr<NSView>& /*superview*/) {}
+    virtual void viewDidMoveToSuperview() {}
+    virtual void didAddSubview(NSView& /*view*/) {}
+    virtual void willRemoveSubview(NSView& /*view*/) {}
+    virtual void viewDidHide() {}
+    virtual void viewDidUnhide() {}
+    virtual void viewDidChangeEffectiveAppearance() {}
+
+    [[nodiscard]] bool isHidden() const noexcept { return hidden_; }
+    virtual void setHidden(bool hidden);
+    [[nodiscard]] bool isHiddenOrHasHiddenAncestor() const noexcept;
+
+    // Geometry.
+    [[nodiscard]] const CGRect& frame() const noexcept { return frame_; }
+    virtual void setFrame(const CGRect& frame);
+    void setFrameOrigin(CGPoint origin) { setFrame({origin, frame_.size}); }
+    virtual void setFrameSize(CGSize size);
+    /// Its size is always that of the frame.
+    [[nodiscard]] CGRect bounds() const noexcept { return {boundsOrigin_, frame_.size}; }
+    /// Moves what is inside; exactly, whatever the content's size.
+    virtual void setBoundsOrigin(CGPoint origin);
+    void setBounds(const CGRect& bounds);
+    [[nodiscard]] virtual bool isFlipped() const { return false; }
+    [[nodiscard]] NSAutoresizingMaskOptions autoresizingMask() const noexcept { return autoresizingMask_; }
+    void setAutoresizingMask(NSAutoresizingMaskOptions mask) { autoresizingMask_ = mask; }
+    [[nodiscard]] bool autoresizesSubviews() const noexcept { return autoresizesSubviews_; }
+    void setAutoresizesSubviews(bool resizes) { autoresizesSubviews_ = resizes; }
+    virtual void resizeSubviewsWithOldSize(CGSize oldSize);
+
+    /// Between this view's space and another's; a null view is the window's space. Views of different windows
+    /// are not related: the window spaces then count as one.
+    [[nodiscard]] CGPoint convertPointToView(CGPoint point, const std::shared_ptr<NSView>& view) const;
+    [[nodiscard]] CGPoint convertPointFromView(CGPoint point, const std::shared_ptr<NSView>& view) const;
+    [[nodiscard]] CGRect convertRectToView(const CGRect& rect, const std::shared_ptr<NSView>& view) const;
+    [[nodiscard]] CGRect convertRectFromView(const CGRect& rect, const std::shared_ptr<NSView>& view) const;
+    /// The part of the bounds that no clipping ancestor cuts off.
+    [[nodiscard]] CGRect visibleRect() const;
+
+    /// Whether changes of frame and bounds origin are posted; switching on after an unposted change posts at
+    /// once. Both are on at first.
+    [[nodiscard]] bool postsFrameChangedNotifications() const noexcept { return frameNotice_.posts; }
+    void setPostsFrameChangedNotifications(bool posts);
+    [[nodiscard]] bool postsBoundsChangedNotifications() const noexcept { return boundsNotice_.posts; }
+    void setPostsBoundsChangedNotifications(bool posts);
+
+    // Events.
+    /// The view that takes a press at `point` of the *superview's* space: the frontmost subview's answer,
+    /// else this view; null when hidden or outside.
+    [[nodiscard]] virtual std::shared_ptr<NSView> hitTest(CGPoint point);
+    [[nodiscard]] bool mouseInRect(CGPoint point, const CGRect& rect) const;
+    /// Whether the press that activates the application is also for this view.
+    [[nodiscard]] virtual bool acceptsFirstMouse(const NSEvent* /*event*/) { return false; }
+    /// Offers it to the subviews in their order, depth first.
+    bool performKeyEquivalent(const NSEvent& event) override;
+    [[nodiscard]] virtual bool canBecomeKeyView() const;
+
+    void addTrackingArea(const std::shared_ptr<NSTrackingArea>& area);
+    void removeTrackingArea(const std::shared_ptr<NSTrackingArea>& area);
+    [[nodiscard]] const std::vector<std::shared_ptr<NSTrackingArea>>& trackingAreas() const noexcept {
+        return trackingAreas_;
+    }
+    /// Called in the display pass when the view entered a window and after its geometry changed.
+    virtual void updateTrackingAreas() {}
+
+    // Drawing.
+    [[nodiscard]] bool needsDisplay() const noexcept { return needsDisplay_; }
+    void setNeedsDisplay(bool needs);
+    /// Draws into the current graphics context, in the view's own space.
+    virtual void drawRect(const CGRect& /*dirtyRect*/) {}
+    [[nodiscard]] virtual bool wantsUpdateLayer() const { return false; }
+    /// Instead of `drawRect` where `wantsUpdateLayer`: brings the layer up to date.
+    virtual void updateLayer() {}
+    [[nodiscard]] bool wantsLayer() const noexcept { return wantsLayer_; }
+    void setWantsLayer(bool wants);
+    /// The backing layer; each view has one, wanted or not.
+    [[nodiscard]] const std::shared_ptr<CALayer>& layer() const;
+    void setLayer(std::shared_ptr<CALayer> layer);
+    [[nodiscard]] virtual std::shared_ptr<CALayer> makeBackingLayer();
+    [[nodiscard]] CGFloat alphaValue() const noexcept { return alpha_; }
+    virtual void setAlphaValue(CGFloat alpha);
+    [[nodiscard]] virtual bool clipsToBounds() const { return false; }
+
+    // Layout.
+    [[nodiscard]] bool needsLayout() const noexcept { return needsLayout_; }
+    void setNeedsLayout(bool needs);
+    virtual void layout() {}
+    void layoutSubtreeIfNeeded();
+    [[nodiscard]] bool needsUpdateConstraints() const noexcept { return needsUpdateConstraints_; }
+    void setNeedsUpdateConstraints(bool needs);
+    virtual void updateConstraints() {}
+    /// A side of -1 has no size of its own.
+    [[nodiscard]] virtual CGSize intrinsicContentSize() const { return {-1, -1}; }
+    void invalidateIntrinsicContentSize();
+    [[nodiscard]] float contentHuggingPriority(NSLayoutConstraintOrientation orientation) const;
+    void setContentHuggingPriority(float priority, NSLayoutConstraintOrientation orientation);
+    [[nodiscard]] float contentCompressionResistancePriority(NSLayoutConstraintOrientation orientation) const;
+    void setContentCompressionResistancePriority(float priority, NSLayoutConstraintOrientation orientation);
+    [[nodiscard]] bool translatesAutoresizingMaskIntoConstraints() const noexcept { return translatesMask_; }
+    void setTranslatesAutoresizingMaskIntoConstraints(bool translates);
+    /// The smallest size that meets the constraints inside.
+    [[nodiscard]] virtual CGSize fittingSize();
+
+  private:
+    friend class NSWindow;
+    friend class NSViewController;
+    friend class DisplayPass;
+    friend class PointerTracking;
+
+    struct Notice {
+        bool posts = true;
+        bool missed = false;
+    };
+
+    void link(const std::shared_ptr<NSView>& view, std::size_t position);
+    void unlink(NSView& view);
+    void tellWillMove(const std::shared_ptr<NSWindow>& window);
+    void enterWindow(const std::shared_ptr<NSWindow>& window);
+    void geometryChanged(bool sizeChanged);
+    void markTracking();
+    void markSubtreeTracking();
+    void post(Notice& notice, std::string_view name);
+    [[nodiscard]] CGPoint toParent(CGPoint point) const;
+    [[nodiscard]] CGPoint fromParent(CGPoint point) const;
+    [[nodiscard]] std::shared_ptr<NSView> self() {
+        return std::static_pointer_cast<NSView>(shared_from_this());
+    }
+
+    std::weak_ptr<NSView> superview_;
+    std::weak_ptr<NSWindow> window_;
+    std::weak_ptr<NSViewController> controller_;
+    std::vector<std::shared_ptr<NSView>> subviews_;
+    std::vector<std::shared_ptr<NSTrackingArea>> trackingAreas_;
+    mutable std::shared_ptr<CALayer> layer_;
+
+    CGRect frame_;
+    CGPoint boundsOrigin_;
+    CGFloat alpha_ = 1;
+    float hugging_[2] = {250, 250};
+    float compression_[2] = {750, 750};
+    NSAutoresizingMaskOptions autoresizingMask_ = NSViewNotSizable;
+    Notice frameNotice_;
+    Notice boundsNotice_;
+    bool autoresizesSubviews_ = true;
+    bool hidden_ = false;
+    bool wantsLayer_ = false;
+    bool translatesMask_ = true;
+    bool needsDisplay_ = true;
+    bool needsLayout_ = true;
+    bool needsUpdateConstraints_ = true;
+    bool needsTracking_ = true;
+};
+
+}  // namespace zqcore::platform
