@@ -8,6 +8,10 @@ install(TARGETS ZQCore ZQCoreTestKit EXPORT ZQCoreTargets
 install(TARGETS ZQCoreUI ZQCoreUITestKit EXPORT ZQCoreUITargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
+if(TARGET ZQCoreJavaScript)
+    install(TARGETS ZQCoreJavaScript EXPORT ZQCoreJavaScriptTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
+
 # Headers that only one backend needs lie in Linux/ folders and stay here.
 install(DIRECTORY Platform Classes TestKit DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ZQCore
     FILES_MATCHING PATTERN "*.h" PATTERN "Linux" EXCLUDE)
@@ -16,6 +20,9 @@ install(DIRECTORY Assets/ DESTINATION ${CMAKE_INSTALL_DATADIR}/ZQCore/ZQCore.bun
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ZQCore)
 install(EXPORT ZQCoreTargets NAMESPACE ZQCore:: DESTINATION ${package_dir})
 install(EXPORT ZQCoreUITargets NAMESPACE ZQCore:: DESTINATION ${package_dir})
+if(TARGET ZQCoreJavaScript)
+    install(EXPORT ZQCoreJavaScriptTargets NAMESPACE ZQCore:: DESTINATION ${package_dir})
+endif()
 configure_package_config_file(cmake/ZQCoreConfig.cmake.in ${CMAKE_BINARY_DIR}/ZQCoreConfig.cmake
     INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/ZQCoreConfigVersion.cmake COMPATIBILITY SameMinorVersion)

@@ -10,13 +10,10 @@ namespace zqcore {
 namespace {
 
 /// The subscription's own slot, with its one tie.
-const ObjectAssociation<std::shared_ptr<LifetimeAssociation>>& tie() {
-    static const auto& association = *new ObjectAssociation<std::shared_ptr<LifetimeAssociation>>;
-    return association;
-}
+const ObjectAssociation<std::shared_ptr<LifetimeAssociation>> tie;
 
 void endTieSilently(const NSObject& subscription) {
-    if (const auto association = tie()[subscription]) association->invalidateSilently();
+    if (const auto association = tie[subscription]) association->invalidateSilently();
 }
 
 }  // namespace
@@ -27,7 +24,7 @@ AnyCancellable tieToLifetime(AnyCancellable subscription, const std::shared_ptr<
     endTieSilently(*object);
     auto association = LifetimeAssociation::make(
         object, owner, [weak = std::weak_ptr(object)] { AnyCancellable::ofObject(weak.lock()).cancel(); });
-    tie().set(*object, std::move(association));
+    tie.set(*object, std::move(association));
     return subscription;
 }
 
@@ -35,7 +32,7 @@ void removeLifetimeTie(const AnyCancellable& subscription) {
     const auto& object = subscription.object();
     if (!object) return;
     endTieSilently(*object);
-    tie().set(*object, nullptr);
+    tie.set(*object, nullptr);
 }
 
 std::vector<AnyCancellable> subscriptionsTieToLifetime(const NSObject& owner) {

@@ -21,14 +21,14 @@ class LifetimeAssociation::ObjectLifetimeTracker final {
     }
 
     /// The slot of an owner with all its trackers.
-    static const ObjectAssociation<List>& trackers() {
-        static const auto& association = *new ObjectAssociation<List>;
-        return association;
-    }
+    static const ObjectAssociation<List> trackers;
 
     const std::shared_ptr<NSObject> object;
     Handler deinitHandler;
 };
+
+const ObjectAssociation<LifetimeAssociation::ObjectLifetimeTracker::List>
+    LifetimeAssociation::ObjectLifetimeTracker::trackers;
 
 std::shared_ptr<LifetimeAssociation> LifetimeAssociation::make(std::shared_ptr<NSObject> object,
                                                                const std::shared_ptr<NSObject>& owner,
@@ -43,9 +43,9 @@ LifetimeAssociation::LifetimeAssociation(Private, std::shared_ptr<NSObject> obje
     auto tracker = std::make_shared<ObjectLifetimeTracker>(std::move(object), std::move(deinitHandler));
     wrappedObject_ = tracker;
     if (!owner) return;
-    auto list = ObjectLifetimeTracker::trackers()[*owner].value_or(ObjectLifetimeTracker::List());
+    auto list = ObjectLifetimeTracker::trackers[*owner].value_or(ObjectLifetimeTracker::List());
     list.push_back(std::move(tracker));
-    ObjectLifetimeTracker::trackers().set(*owner, std::move(list));
+    ObjectLifetimeTracker::trackers.set(*owner, std::move(list));
 }
 
 LifetimeAssociation::~LifetimeAssociation() { invalidate(); }
@@ -55,12 +55,12 @@ void LifetimeAssociation::invalidate() {
     // The last reference, when the list has let the tracker go: its handler runs at the end of this function.
     const auto tracker = wrappedObject_.lock();
     if (!owner || !tracker) return;
-    auto list = ObjectLifetimeTracker::trackers()[*owner];
+    auto list = ObjectLifetimeTracker::trackers[*owner];
     if (!list) return;
     const auto found = std::ranges::find(*list, tracker);
     if (found == list->end()) return;
     list->erase(found);
-    ObjectLifetimeTracker::trackers().set(*owner, std::move(list));
+    ObjectLifetimeTracker::trackers.set(*owner, std::move(list));
     owner_.reset();
 }
 
@@ -72,7 +72,7 @@ void LifetimeAssociation::invalidateSilently() {
 std::vector<std::shared_ptr<NSObject>> LifetimeAssociation::objectsTiedTo(const NSObject& owner) {
     std::vector<std::shared_ptr<NSObject>> objects;
     for (const auto& tracker :
-         ObjectLifetimeTracker::trackers()[owner].value_or(ObjectLifetimeTracker::List())) {
+         ObjectLifetimeTracker::trackers[owner].value_or(ObjectLifetimeTracker::List())) {
         if (tracker->object) objects.push_back(tracker->object);
     }
     return objects;

@@ -17,24 +17,21 @@ class ZQTarget final : public NSObject {
     std::function<void(ZQTarget&)> perfromActionClosure;
 };
 
-const ObjectAssociation<std::shared_ptr<ZQTarget>>& slot() {
-    static const auto& association = *new ObjectAssociation<std::shared_ptr<ZQTarget>>;
-    return association;
-}
+const ObjectAssociation<std::shared_ptr<ZQTarget>> slot;
 
 }  // namespace
 
 std::shared_ptr<NSObject> bind(NSObject& receiver, std::function<void()> closure) {
-    auto target = slot()[receiver];
+    auto target = slot[receiver];
     if (!target) {
         target = makeObject<ZQTarget>();
-        slot().set(receiver, target);
+        slot.set(receiver, target);
     }
     target->perfromActionClosure = [closure = std::move(closure)](ZQTarget&) { closure(); };
     return target;
 }
 
-void unbind(NSObject& receiver) { slot().set(receiver, nullptr); }
+void unbind(NSObject& receiver) { slot.set(receiver, nullptr); }
 
 Selector performAction() noexcept { return Selector::of<&ZQTarget::performAction>("performAction"); }
 

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace zqcore::platform {
+
+/// A set of objects that it doesn't keep, told apart by identity. An object that has died is no member any
+/// more. Threads: no lock; a table belongs to one thread. Failure: none.
+template <class T>
+class NSHashTable final {
+  public:
+    void addObject(const std::shared_ptr<T>& object) {
+        if (object && !containsObject(object)) members_.push_back(object);
+    }
+    void removeObject(const std::shared_ptr<T>& object) {
+        std::erase_if(members_, [&](const Member& member) { return member.lock() == object; });
+    }
+    void removeAllObjects() { members_.clear(); }
+
+    [[nodiscard]] bool containsObject(const std::shared_ptr<T>& object) const {
+        return object && std::ranges::any_of(members_, [&](const Member& m) { return m.lock() == object; });
+    }
+    /// The living members, in the order in which they came.
+    [[nodiscard]] std::vector<std::shared_ptr<T>> allObjects() const {
+        std::vector<std::shared_ptr<T>> objects;
+        for (const Member& member : members_) {
+            if (auto object = member.lock()) objects.push_back(std::move(object));
+        }
+        return objects;
+    }
+    /// How many members live.
+    [[nodiscard]] std::size_t count() {
+        std::erase_if(members_, [](const Member& member) { return member.expired(); });
+        return members_.size();
+    }
+
+  private:
+    using Member = std::weak_ptr<T>;
+    std::vector<Member> members_;
+};
+
+}  // namespace zqcore::platform
