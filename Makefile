@@ -4,7 +4,7 @@ PRESET ?= dev
 JOBS ?= $(shell nproc)
 
 help:
-	@echo "make demo      build, then watch requests travel between real processes"
+	@echo "make demo      build, then watch requests travel between real processes, and a crash"
 	@echo "make test      build, then run every test"
 	@echo "make bench     side-by-side runs against peers; writes build/bench.txt"
 	@echo "make fuzz      each fuzz target for FUZZ_SECONDS (default 60)"

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "Apps/Common/CrashRequest.h"
 #include "Apps/Common/ServerMain.h"
 #include "Classes/AppleScript/RequestCommand/ASBaseRequestCommand.h"
 
@@ -21,6 +22,7 @@ class ServerCommand : public zqcore::ASBaseRequestCommand {
         if (std::find(options_.without.begin(), options_.without.end(), path) != options_.without.end())
             return false;
         if ((take<Handlers>(path, json) || ...)) return true;
+        if (options_.allowCrash && take<CrashRequest>(path, json)) return true;
         return ASBaseRequestCommand::distributeToHandler(path, json);
     }
 

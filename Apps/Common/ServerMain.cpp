@@ -12,6 +12,7 @@
 #include "Classes/AppleScript/DistributedSender/DistributedSender.h"
 #include "Classes/AppleScript/RequestCommand/CommonRequests.h"
 #include "Classes/Core/Utility/ZQInfo.h"
+#include "Classes/Crash/ZQCrash.h"
 #include "Classes/Log/Log/ZQLog.h"
 #include "Platform/Dispatch/RunLoop.h"
 
@@ -67,6 +68,10 @@ bool parseServerOptions(int argc, char** argv, ServerOptions& options, std::stri
             std::fwrite(help.data(), 1, help.size(), stdout);
             std::exit(0);
         }
+        if (name == "--allow-crash") {
+            options.allowCrash = true;
+            continue;
+        }
         const char* value = i + 1 < argc ? argv[i + 1] : nullptr;
         if (value && name == "--without") {
             options.without.emplace_back(value);
@@ -82,6 +87,7 @@ bool parseServerOptions(int argc, char** argv, ServerOptions& options, std::stri
 }
 
 int runServer(const ServerOptions& options, NSScriptSuiteRegistry::CommandFactory makeCommand) {
+    ZQCrash::install();
     // Before any thread is made, so that all of them inherit the mask and the signals wait for the loop.
     sigset_t ending;
     sigemptyset(&ending);

@@ -11,12 +11,15 @@
 namespace demo {
 
 /// What both demonstration servers have in common: they claim their identifier, hear notifications, run the
-/// main loop, and end on SIGTERM or SIGINT with their log flushed.
+/// main loop, leave a report of a
+/// crash, and end on SIGTERM or SIGINT with their log flushed.
 struct ServerOptions {
     /// Paths that this run acts as if it had never heard of, as an older release would.
     std::vector<std::string> without;
     /// End when this process ends: for servers that the bus of a test or a demonstration started. 0 for none.
     int endWith = 0;
+    /// Whether "debug/crash" is heard.
+    bool allowCrash = false;
 };
 
 /// Takes the options above out of the words; false, with a message, for a word that `other` doesn't take

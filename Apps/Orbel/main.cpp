@@ -13,7 +13,8 @@ constexpr std::string_view kHelp =
     "Serves the main application's requests over the session bus until SIGTERM or SIGINT.\n\n"
     "  --without PATH      acts as if it had never heard of that request, as an older release; may be "
     "repeated\n"
-    "  --end-with PID      ends when that process ends\n";
+    "  --end-with PID      ends when that process ends\n"
+    "  --allow-crash       hears \"debug/crash\", which ends it by a fault: for showing crash reports\n";
 
 }  // namespace
 

@@ -16,7 +16,9 @@ constexpr std::string_view kHelp =
     "  --current-app ID[,NAME[,VERSION]]  the application that is said to be in front\n"
     "  --selected-text TEXT               the text that is said to be selected there\n"
     "  --without PATH                     acts as if it had never heard of that request; may be repeated\n"
-    "  --end-with PID                     ends when that process ends\n";
+    "  --end-with PID                     ends when that process ends\n"
+    "  --allow-crash                      hears \"debug/crash\", which ends it by a fault: for showing crash "
+    "reports\n";
 
 std::shared_ptr<zqcore::ASClient> parseApplication(std::string_view text) {
     auto application = zqcore::ASClient::make();

@@ -1,8 +1,10 @@
 // A process that installs crash capture and then dies in the way it is told. Prints what it does, one line
 // each. Usage: CrashChild FAULT [WHERE] [OPTION...]
-//   FAULT: segv abort bus ill fpe trap overflow throw throw-text throw-int null-call kill-segv none
+//   FAULT: segv abort bus ill fpe trap overflow throw throw-text throw-int throw-bad null-call kill-segv
+//          together none
 //   WHERE: main (default), thread, queue
-//   OPTION: earlier (a handler installed before ours), bad-log (the pending log writer crashes),
+//   OPTION: earlier (handlers installed before ours), said=N (N lines go to the log just before the death),
+//           stalled (its outputs take no line from then on), bad-log (the pending log writer crashes),
 //           hung-log (it never returns), impatient (50 ms a section), log=TEXT (it writes that), busy (other
 //           threads stand about), time (prints how long the handler took for a segv), path=DIR (the capture
 //           alone, into that directory, without the library)
@@ -12,21 +14,29 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <barrier>
 #include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <functional>
 #include <map>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
 
 #include "Classes/Crash/ZQCrash.h"
+#include "Classes/Log/Log/ZQLog.h"
+#include "Classes/Log/Log/ZQManagerForLog.h"
 #include "Platform/CrashCapture/KSCrash.h"
 #include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Lumberjack/DDLog.h"
+#include "Platform/Lumberjack/DDLogger.h"
+#include "Platform/Lumberjack/DDOSLogger.h"
 
 namespace childfaults {
 
@@ -90,6 +100,24 @@ ZQ_KEEP int overflow(int depth) {
     return endlessly != 0 ? overflow(depth + 1) + frame[0] : 0;
 }
 ZQ_KEEP void throwError() { throw OddError("no such thing: \"quoted\"\n第二行"); }
+struct BadError final : std::exception {
+    [[nodiscard]] const char* what() const noexcept override {
+        writeNowhere();
+        return "";
+    }
+};
+ZQ_KEEP void throwBad() { throw BadError(); }
+// Threads that all die at the same moment.
+[[noreturn]] ZQ_KEEP void dieTogether() {
+    static std::barrier together(4);
+    for (int i = 0; i < 4; ++i) {
+        std::thread([] {
+            together.arrive_and_wait();
+            writeNowhere();
+        }).detach();
+    }
+    for (;;) pause();
+}
 ZQ_KEEP void throwText() { throw "plain text"; }
 ZQ_KEEP void throwInt() { throw 7; }
 std::atomic<int> standing{0};
@@ -137,7 +165,22 @@ void earlierHandler(int signal, siginfo_t* info, void*) {
     _exit(42);
 }
 
+/// Takes a line and never gives control back.
+class StalledOutput final : public zqcore::platform::DDLogger {
+  public:
+    void logMessage(const zqcore::platform::DDLogMessage&) override {
+        for (;;) pause();
+    }
+};
+
+[[noreturn]] void earlierTerminate() {
+    constexpr char kLine[] = "earlier terminate\n";
+    (void)!write(STDOUT_FILENO, kLine, sizeof kLine - 1);
+    _exit(43);
+}
+
 void installEarlier() {
+    std::set_terminate(earlierTerminate);
     struct sigaction action {};
     action.sa_sigaction = earlierHandler;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK;
@@ -156,6 +199,8 @@ const std::map<std::string, std::function<void()>> kFaults{
     {"throw", childfaults::throwError},
     {"throw-text", childfaults::throwText},
     {"throw-int", childfaults::throwInt},
+    {"throw-bad", childfaults::throwBad},
+    {"together", childfaults::dieTogether},
     {"null-call", childfaults::callNull},
     {"kill-segv",
      [] {
@@ -178,6 +223,8 @@ int main(int argc, char** argv) {
     const std::string where = argc > 2 ? argv[2] : "main";
     std::string path;
     bool busy = false;
+    bool stalled = false;
+    int said = 0;
     zqcore::platform::KSCrashConfiguration configuration;
     configuration.setDeleteBehaviorAfterSendAll(zqcore::platform::KSCrashDeleteBehavior::never);
     for (int i = 3; i < argc; ++i) {
@@ -186,6 +233,8 @@ int main(int argc, char** argv) {
         if (option == "time") std::signal(SIGSEGV, timingHandler);
         if (option == "bad-log") configuration.setPendingLogWriter(writeBadly);
         if (option == "busy") busy = true;
+        if (option == "stalled") stalled = true;
+        if (option.starts_with("said=")) said = std::stoi(option.substr(5));
         if (option == "hung-log") configuration.setPendingLogWriter(writeNever);
         if (option == "impatient") configuration.setSectionTimeLimit(std::chrono::milliseconds(50));
         if (option.starts_with("log=")) {
@@ -210,7 +259,16 @@ int main(int argc, char** argv) {
         for (int i = 0; i < 3; ++i) std::thread(childfaults::standAbout).detach();
         for (int seen = 0; seen < 3; seen = childfaults::standing) childfaults::standing.wait(seen);
     }
-    const auto& body = kFaults.at(fault);
+    const auto& body = [&, die = kFaults.at(fault)] {
+        if (stalled) {
+            zqcore::ZQManagerForLog::sharedDDLog()->flushLog();
+            zqcore::ZQManagerForLog::sharedDDLog()->addLogger(std::make_shared<StalledOutput>());
+        }
+        // Hundreds of lines on standard error help nobody.
+        if (said > 0) zqcore::platform::DDOSLogger::sharedInstance()->setFallback(-1);
+        for (int i = 0; i < said; ++i) zqcore::ZQLogInfo([i] { return "said " + std::to_string(i); });
+        die();
+    };
     began = std::chrono::steady_clock::now();
     if (where == "main") body();
     if (where == "thread") std::thread([&body] { body(); }).join();

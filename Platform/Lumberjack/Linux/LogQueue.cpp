@@ -26,6 +26,16 @@ constexpr std::size_t kBatch = 512;
 // for a wake-up each.
 constexpr timespec kLinger{0, 200'000};
 
+// How long a walk over the pending lines waits for the queue to halt.
+constexpr std::int64_t kPatience = 100'000'000;
+
+// The machine's own clock: a signal handler can't ask for the current one, and waits for real.
+std::int64_t monotonicNanoseconds() noexcept {
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
+}
+
 int threadNumber() noexcept { return static_cast<int>(::syscall(SYS_gettid)); }
 
 constexpr std::uint32_t aligned(std::size_t size) { return static_cast<std::uint32_t>((size + 7) & ~7UL); }
@@ -294,7 +304,10 @@ std::size_t LogQueue::walkPending(DDLogPendingLines::Callback callback, void* co
     const int keptErrno = errno;
     // A thread that takes the role from now on sees the halt before it touches a record.
     queue.frozen_.fetch_add(1);
-    for (int round = 0; round < 100; ++round) {
+    // By the clock, not by rounds, which get long on a loaded machine: a crash handler has a limit of its
+    // own.
+    const std::int64_t end = monotonicNanoseconds() + kPatience;
+    while (monotonicNanoseconds() < end) {
         const int drainer = queue.drainer_.load();
         if (drainer == 0 || drainer == threadNumber() || queue.halted_.load()) break;
         const timespec moment{0, 1'000'000};

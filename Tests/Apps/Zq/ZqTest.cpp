@@ -114,6 +114,29 @@ TEST_F(ZqTest, TheHelperKeepsItsState) {
     EXPECT_EQ(text.at({"response", "body", "status"}), Value(10)) << "no text was told at the start";
 }
 
+TEST_F(ZqTest, AServerThatCrashesIsStartedAgainAndItsReportIsFound) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "a sanitizer takes the fatal signals for itself";
+#endif
+    EXPECT_EQ(zq({"send", "debug/crash", "--to", kHelper, "--body", "{}"}).at({"response", "error", "code"}),
+              Value("unsupportedPath"))
+        << "a server that wasn't started for it never heard of that";
+    bus_.addService(kOrbel, app("orbel") + " --allow-crash");
+    const auto orbel = [](std::vector<std::string> words) {
+        words.insert(words.end(), {"--to", kOrbel});
+        return zq(std::move(words));
+    };
+    const Value first = orbel({"info"}).at({"response", "server", "pid"});
+    EXPECT_EQ(orbel({"send", "debug/crash", "--body", R"({"fault":"boredom"})"}).code, 1);
+    EXPECT_EQ(orbel({"send", "debug/crash", "--body", R"({"fault":"abort","stallLog":true})"}).code, 3);
+    const Value second = orbel({"info"}).at({"response", "server", "pid"});
+    EXPECT_TRUE(second.asInt64() && first.asInt64() && second != first);
+    const auto shown = orbel({"crash", "show", "--brief"});
+    EXPECT_EQ(shown.at({"exceptionType"}), Value("EXC_CRASH (SIGABRT)"));
+    ASSERT_TRUE(shown.at({"pendingLog"}).asArray());
+    EXPECT_EQ(shown.at({"pendingLog"}).asArray()->size(), 3U);
+}
+
 TEST_F(ZqTest, AServerThatNeverHeardOfARequestSaysSo) {
     const auto refused = zq({"send", "ocr", "--to", kOrbel, "--body", R"({"action":"snipOCR"})"});
     EXPECT_EQ(refused.at({"response", "error", "code"}), Value("unsupportedPath"));
@@ -140,7 +163,8 @@ TEST_F(ZqTest, TheUserScriptCarriesSmallAndLargeTexts) {
 }
 
 TEST_F(ZqTest, RelayHandsTextsThroughAsTheyAre) {
-    ChildProcess process({"/bin/sh", "-c", "printf 'no JSON' | " + app("zq") + " relay " + kHelper + " && echo"});
+    ChildProcess process(
+        {"/bin/sh", "-c", "printf 'no JSON' | " + app("zq") + " relay " + kHelper + " && echo"});
     const auto answer = JSONTool::decodeToJSONObject(process.readLine().value_or(""));
     EXPECT_EQ(process.wait(), 0);
     ASSERT_TRUE(answer && answer->asDictionary());

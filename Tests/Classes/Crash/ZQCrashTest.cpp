@@ -199,5 +199,61 @@ TEST_F(ZQCrashTest, ExportsAtTheNextStartWhatARealCrashLeft) {
     EXPECT_EQ(run("none"), second) << "exported once, and kept";
 }
 
+// Lines that a process logged just before its death are in the log file, or in the report's directory and
+// then in the exported text; here the real logger of a real child, which dies on its main thread and on a
+// queue.
+TEST_F(ZQCrashTest, LosesNoLineThatWasLoggedBeforeACrash) {
+    if (kSanitized)
+        GTEST_SKIP() << "a sanitizer takes the fatal signals and the end of the process for itself";
+    constexpr int kSaid = 400;
+    struct Case {
+        const char* fault;
+        const char* where;
+        bool stalled;
+    };
+    for (const auto& [fault, where, stalled] : {Case{"segv", "main", true}, Case{"abort", "queue", true},
+                                                Case{"segv", "main", false}, Case{"bus", "queue", false}}) {
+        SCOPED_TRACE(std::string(fault) + " on " + where + (stalled ? ", stalled" : ""));
+        const ScratchFolder home;
+        ::setenv("HOME", home.path().c_str(), 1);
+        const auto run = [&](const Lines& words) {
+            ChildProcess child(words);
+            Lines lines;
+            while (auto line = child.readLine()) lines.push_back(*line);
+            return lines;
+        };
+        run({ZQ_TEST_PROGRAMS "/CrashChild", fault, where, "said=" + std::to_string(kSaid),
+             stalled ? "stalled" : "free"});
+        std::string inFile;
+        std::string inReport;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(home.path())) {
+            if (entry.path().extension() != ".log") continue;
+            const bool ofReport = entry.path().parent_path().filename() == "Reports";
+            (ofReport ? inReport : inFile) += readFile(entry.path().string());
+        }
+        EXPECT_NE((inFile + inReport).find("启用 ZQCrash 完成"), std::string::npos);
+        std::size_t last = 0;
+        int held = 0;
+        for (int i = 0; i < kSaid; ++i) {
+            const std::string text = "said " + std::to_string(i) + "\n";
+            const auto place = inReport.find("] " + text);
+            EXPECT_TRUE(place != std::string::npos || inFile.find(text) != std::string::npos) << text;
+            if (place == std::string::npos) continue;
+            EXPECT_GE(place, last) << "in their order";
+            last = place;
+            ++held;
+        }
+        if (!stalled) continue;
+        EXPECT_EQ(held, kSaid) << "none of them could reach the file";
+        EXPECT_EQ(inFile.find("said 1\n"), std::string::npos);
+        const Lines next = run({ZQ_TEST_PROGRAMS "/CrashChild", "none"});
+        ASSERT_TRUE(!next.empty() && next[0].starts_with("exported "))
+            << "its report comes with the next start";
+        const std::string text = readFile(next[0].substr(9));
+        EXPECT_NE(text.find("Log lines that had not reached the file:\n["), std::string::npos);
+        EXPECT_TRUE(text.ends_with("] said " + std::to_string(kSaid - 1) + "\n"));
+    }
+}
+
 }  // namespace
 }  // namespace zqcore

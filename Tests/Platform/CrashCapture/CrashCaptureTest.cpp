@@ -1,7 +1,9 @@
 // Real processes that die, and what the next reader finds of them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -199,11 +201,49 @@ TEST_F(CrashCapture, NamesTheCallerOfACallToNowhere) {
     EXPECT_TRUE(passes(crashedThread(found), "childfaults::callNull"));
 }
 
-TEST_F(CrashCapture, CallsTheEarlierHandlerAfterTheReport) {
-    EXPECT_EQ(die("segv", "main", {"earlier"}), 42);
-    EXPECT_EQ(lines_.back(), "earlier 11 code 1 address 0x10") << "with all that the first signal told";
+TEST_P(CrashSignal, CallsTheEarlierHandlerAfterTheReport) {
+    EXPECT_EQ(die(GetParam().fault, "main", {"earlier"}), 42);
+    ASSERT_FALSE(lines_.empty());
+    EXPECT_TRUE(lines_.back().starts_with("earlier " + std::to_string(GetParam().signal) + " code "));
+    if (GetParam().signal == SIGSEGV) {
+        EXPECT_EQ(lines_.back(), "earlier 11 code 1 address 0x10") << "with all that the first signal told";
+    }
+    const Value::Dictionary found = report();
+    EXPECT_EQ(ReportFields(&found).in("crash").in("error").in("signal").shown("name"), GetParam().name);
+}
+
+TEST_F(CrashCapture, CallsTheEarlierTerminateHandlerAfterTheReport) {
+    EXPECT_EQ(die("throw", "queue", {"earlier"}), 43);
+    EXPECT_EQ(lines_.back(), "earlier terminate");
+    const Value::Dictionary found = report();
+    EXPECT_EQ(ReportFields(&found).in("crash").in("error").shown("type"), "cpp_exception");
+}
+
+TEST_F(CrashCapture, ReportsAnExceptionThatCrashesWhenItIsAsked) {
+    EXPECT_EQ(die("throw-bad"), -SIGSEGV);
     const Value::Dictionary found = report();
     EXPECT_EQ(ReportFields(&found).in("crash").in("error").in("signal").shown("name"), "SIGSEGV");
+    EXPECT_TRUE(passes(crashedThread(found), "childfaults::throwBad"));
+    EXPECT_EQ(found.find("incomplete"), nullptr);
+}
+
+TEST_F(CrashCapture, ThreadsThatDieTogetherLeaveOneWholeReport) {
+    EXPECT_EQ(die("together"), -SIGSEGV);
+    const Value::Dictionary found = report();
+    EXPECT_TRUE(passes(crashedThread(found), "childfaults::writeNowhere"));
+    EXPECT_EQ(found.find("incomplete"), nullptr);
+    EXPECT_EQ(found.find("recrash_report"), nullptr);
+}
+
+TEST_F(CrashCapture, KeepsTheNewestFiveOfManyCrashes) {
+    std::vector<std::uint64_t> all;
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ(die("segv"), -SIGSEGV);
+        all.push_back(store_.readyReports().back());
+    }
+    EXPECT_TRUE(std::ranges::is_sorted(all));
+    EXPECT_EQ(die("none"), 0) << "the next start clears up";
+    EXPECT_EQ(store_.readyReports(), std::vector<std::uint64_t>(all.end() - 5, all.end()));
 }
 
 TEST_F(CrashCapture, SurvivesACrashAndAHangOfItsOwn) {
