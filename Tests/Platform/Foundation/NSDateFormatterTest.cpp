@@ -51,6 +51,8 @@ TEST(NSDateFormatter, WritesNumbersRoundedToTheNearestMillisecond) {
         {"", at(0), 0, ""},
         {"EEEE, d. MMMM yyyy", at(1614834367), 0, "Thursday, 4. March 2021"},
         {"yy h a", at(1614834367), 0, "21 5 AM"},
+        {"EEE HH:mm:ss ZZZZZ", at(0), -12630, "Wed 20:29:30 -03:30:30"},
+        {"MMM d HH z", at(0), 28800, "Jan 1 08 GMT+8"},
     };
     for (const auto& [pattern, date, zone, text] : cases) {
         EXPECT_EQ(formatter(pattern, zone).stringFromDate(date), text) << pattern;
