@@ -12,18 +12,18 @@ namespace {
 
 constexpr std::array<std::string_view, 7> kExtensions{"png", "tiff", "tif", "jpg", "jpeg", "gif", "svg"};
 
-std::vector<NSImage::Representation> found(const std::string& base, std::string_view extension) {
+std::vector<NSImage::File> found(const std::string& base, std::string_view extension) {
     constexpr std::array<std::string_view, 3> marks{"", "@2x", "@3x"};
-    std::vector<NSImage::Representation> representations;
+    std::vector<NSImage::File> files;
     for (std::size_t i = 0; i < marks.size(); ++i) {
         std::string path = base;
         path.append(marks[i]).append(".").append(extension);
         bool isDirectory = false;
         if (NSFileManager::defaultManager().fileExistsAtPath(path, isDirectory) && !isDirectory) {
-            representations.push_back({std::move(path), static_cast<int>(i) + 1});
+            files.push_back({std::move(path), static_cast<int>(i) + 1});
         }
     }
-    return representations;
+    return files;
 }
 
 }  // namespace
@@ -43,17 +43,20 @@ std::shared_ptr<NSImage> NSImage::imageInFolder(const std::string& folder, std::
     return nullptr;
 }
 
-const NSImage::Representation& NSImage::bestRepresentation(double scale) const noexcept {
-    for (const auto& representation : representations_) {
-        if (representation.scale >= scale) return representation;
+const NSImage::File& NSImage::bestFile(double scale) const noexcept {
+    for (const auto& file : files_) {
+        if (file.scale >= scale) return file;
     }
-    return representations_.back();
+    return files_.back();
 }
 
-std::optional<Data> NSImage::encodedBytes(const Representation& representation) {
-    auto bytes = NSFileManager::defaultManager().contentsAtPath(representation.path);
+std::optional<Data> NSImage::encodedBytes(const File& file) {
+    auto bytes = NSFileManager::defaultManager().contentsAtPath(file.path);
     if (!bytes) return std::nullopt;
     return *std::move(bytes);
 }
+
+NSImage::NSImage(std::string name, std::vector<File> files)
+    : name_(std::move(name)), files_(std::move(files)), isTemplate_(name_.ends_with("Template")) {}
 
 }  // namespace zqcore::platform

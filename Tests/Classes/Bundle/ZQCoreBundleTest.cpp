@@ -21,17 +21,17 @@ TEST(ZQCoreBundleTest, FindsEveryImageInSilence) {
                              "tip_left_mouse", "tip_right_mouse"}) {
         const auto image = ZQCoreBundle::image(name);
         ASSERT_TRUE(image) << name;
-        ASSERT_EQ(image->representations().size(), 2U) << name;
-        for (const auto& representation : image->representations()) {
+        ASSERT_EQ(image->files().size(), 2U) << name;
+        for (const auto& representation : image->files()) {
             const auto bytes = NSImage::encodedBytes(representation);
             ASSERT_TRUE(bytes);
             EXPECT_TRUE(bytes->view().starts_with("\x89PNG")) << representation.path;
             EXPECT_TRUE(bytes->view().ends_with(std::string_view("IEND\xAE\x42\x60\x82")))
                 << representation.path;
         }
-        EXPECT_EQ(image->bestRepresentation(1.5).scale, 2);
-        EXPECT_EQ(image->bestRepresentation(3).scale, 2);
-        EXPECT_EQ(image->bestRepresentation(1).scale, 1);
+        EXPECT_EQ(image->bestFile(1.5).scale, 2);
+        EXPECT_EQ(image->bestFile(3).scale, 2);
+        EXPECT_EQ(image->bestFile(1).scale, 1);
     }
     EXPECT_TRUE(log.silent());
 }
@@ -52,7 +52,7 @@ TEST(ZQCoreBundleTest, AnImageOfTheApplicationIsToldButNotGiven) {
 
 TEST(ZQCoreBundleTest, FallsBackOnTheFrameworksOwnFolder) {
     const std::string file = ZQCoreBundle::frameworkBunble()->resourcePath() + "/only_here_for_a_test.png";
-    std::filesystem::copy_file(NSImage::imageNamed("ZQCore.bundle/hud_info")->representations()[0].path, file,
+    std::filesystem::copy_file(NSImage::imageNamed("ZQCore.bundle/hud_info")->files()[0].path, file,
                                std::filesystem::copy_options::overwrite_existing);
     const LogCapture log;
     EXPECT_TRUE(ZQCoreBundle::image("only_here_for_a_test"));

@@ -51,7 +51,7 @@ TEST(NSBundleTest, KnowsBothShapes) {
     EXPECT_FALSE(full->pathForResource("", ""));
     EXPECT_FALSE(full->pathForResource("b", "txt"));
     ASSERT_TRUE(full->imageForResource("pic")) << "only the double-sized file is there";
-    EXPECT_EQ(full->imageForResource("pic")->bestRepresentation(1).scale, 2);
+    EXPECT_EQ(full->imageForResource("pic")->bestFile(1).scale, 2);
     EXPECT_TRUE(full->imageForResource("pic.png"));
     EXPECT_FALSE(full->imageForResource("pic.jpg"));
 

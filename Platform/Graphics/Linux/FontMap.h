@@ -1,0 +1,39 @@
+#pragma once
+
+#include <pango/pangocairo.h>
+
+#include <memory>
+
+#include "Platform/Base/CGGeometry.h"
+
+namespace zqcore::platform {
+
+struct GObjectRelease {
+    void operator()(void* object) const noexcept { g_object_unref(object); }
+};
+using PangoLayoutHandle = std::unique_ptr<PangoLayout, GObjectRelease>;
+
+struct PangoFontDescriptionRelease {
+    void operator()(PangoFontDescription* description) const noexcept {
+        pango_font_description_free(description);
+    }
+};
+using FontDescription = std::unique_ptr<PangoFontDescription, PangoFontDescriptionRelease>;
+
+/// The calling thread's context over the pinned fonts; null if there is no font at all.
+[[nodiscard]] PangoContext* pinnedTextContext();
+/// The same over all fonts of the system, the pinned families first. Made at first use, since it reads the
+/// system's whole list of fonts.
+[[nodiscard]] PangoContext* systemTextContext();
+
+[[nodiscard]] FontDescription fontDescription(CGFloat size, CGFloat weight);
+
+/// Ascender and the like for a size of 1.
+struct FontRatios {
+    double ascender;
+    double descender;
+    double leading;
+};
+[[nodiscard]] FontRatios fontRatios(CGFloat weight);
+
+}  // namespace zqcore::platform
