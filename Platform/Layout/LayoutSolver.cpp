@@ -1,0 +1,388 @@
+#include "Platform/Layout/LayoutSolver.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "Platform/Layout/LayoutTableau.h"
+
+namespace zqcore::platform {
+namespace {
+
+using Kind = LayoutTableau::Kind;
+using Row = LayoutTableau::Row;
+
+constexpr double kEpsilon = LayoutTableau::kEpsilon;
+constexpr double kContradiction = 1e-6;  // points
+constexpr int kNone = -1;
+
+/// Compares what two symbols cost per unit of help, strongest level first.
+bool cheaper(const LayoutTableau& tableau, int a, double perA, int b, double perB) {
+    for (const LayoutTableau::Level& level : tableau.levels()) {
+        const double costA = level.cost[static_cast<std::size_t>(a)] / perA;
+        const double costB = level.cost[static_cast<std::size_t>(b)] / perB;
+        if (!LayoutTableau::isZero(costA - costB)) return costA < costB;
+    }
+    return a < b;
+}
+
+/// The basic symbol that reaches 0 first when `entering` grows; none if nothing stops it. The lowest number
+/// wins a tie, which together with the lowest entering one rules out going round in circles (Bland's rule).
+int firstToLeave(LayoutTableau& tableau, int entering) {
+    int leaving = kNone;
+    double least = std::numeric_limits<double>::infinity();
+    tableau.forEachRowWith(entering, [&](const Row& row, double coefficient) {
+        if (coefficient >= 0 || !tableau.isRestricted(row.basic)) return;
+        const double room = -row.constant / coefficient;
+        if (room < least - kEpsilon || (room < least + kEpsilon && row.basic < leaving)) {
+            least = std::min(room, least);
+            leaving = row.basic;
+        }
+    });
+    return leaving;
+}
+
+/// What one constraint put into the tableau. `sign` is the marker's factor in "terms + ... = constant".
+struct Entry {
+    int marker = kNone;
+    int other = kNone;
+    double sign = 1;
+    double constant = 0;
+    double markerPriority = LayoutSolver::kRequired;
+    double otherPriority = LayoutSolver::kRequired;
+};
+
+}  // namespace
+
+struct LayoutSolver::Machine {
+    LayoutTableau tableau;
+    std::vector<Entry> entries;
+    std::vector<Constraint> unused;
+    std::vector<int> infeasible;  // basic symbols that an edit may have made negative
+    bool contradicted = false;    // an edit broke required constraints
+    bool optimal = true;
+
+    std::optional<Constraint> admit(Row expression, const Entry& entry);
+    int chooseSubject(const Row& expression, const Entry& entry) const;
+    bool admitThroughArtificial(Row expression);
+    void charge(const Entry& entry, double factor);
+    void giveRow(int marker);
+    bool restoreFeasibility();
+    int bestLift(const Row& row) const;
+    bool helps(int symbol, std::size_t depth) const;
+    void optimize();
+};
+
+LayoutSolver::LayoutSolver() : machine_(std::make_unique<Machine>()) {}
+
+LayoutSolver::~LayoutSolver() = default;
+
+LayoutSolver::Variable LayoutSolver::addVariable() { return machine_->tableau.addSymbol(Kind::external); }
+
+std::optional<LayoutSolver::Constraint> LayoutSolver::addConstraint(std::span<const Term> terms,
+                                                                    Relation relation, double constant,
+                                                                    double priority) {
+    machine_->restoreFeasibility();
+    LayoutTableau& tableau = machine_->tableau;
+    Row expression;
+    expression.constant = -constant;
+    for (const Term& term : terms) tableau.addTo(expression, term.variable, term.coefficient);
+
+    const bool required = priority >= kRequired;
+    Entry entry;
+    entry.constant = constant;
+    if (relation == Relation::equal) {
+        entry.sign = required ? 1 : -1;
+        entry.marker = tableau.addSymbol(required ? Kind::dummy : Kind::error);
+        if (!required) entry.markerPriority = priority;
+    } else {
+        entry.sign = relation == Relation::lessThanOrEqual ? 1 : -1;
+        entry.marker = tableau.addSymbol(Kind::slack);
+    }
+    tableau.addTo(expression, entry.marker, entry.sign);
+    if (!required) {
+        entry.other = tableau.addSymbol(Kind::error);
+        entry.otherPriority = priority;
+        tableau.addTo(expression, entry.other, -entry.sign);
+    }
+    return machine_->admit(std::move(expression), entry);
+}
+
+LayoutSolver::Constraint LayoutSolver::addWish(Variable variable, double constant, double notAbove,
+                                               double notBelow) {
+    machine_->restoreFeasibility();
+    LayoutTableau& tableau = machine_->tableau;
+    Entry entry;
+    entry.marker = tableau.addSymbol(Kind::error);
+    entry.other = tableau.addSymbol(Kind::error);
+    entry.sign = -1;
+    entry.constant = constant;
+    entry.markerPriority = notAbove;
+    entry.otherPriority = notBelow;
+    Row expression;
+    expression.constant = -constant;
+    tableau.addTo(expression, variable, 1);
+    tableau.addTo(expression, entry.marker, -1);
+    tableau.addTo(expression, entry.other, 1);
+    return *machine_->admit(std::move(expression), entry);  // its errors can always take up the difference
+}
+
+// The symbol that "0 = expression" is solved for; none if that takes a search.
+int LayoutSolver::Machine::chooseSubject(const Row& expression, const Entry& entry) const {
+    int subject = kNone;
+    // A variable may take any value; the one in fewest rows spreads the least.
+    for (const LayoutTableau::Term& term : expression.terms) {
+        if (tableau.kind(term.symbol) != Kind::external) continue;
+        if (subject == kNone || tableau.columnSize(term.symbol) < tableau.columnSize(subject)) {
+            subject = term.symbol;
+        }
+    }
+    if (subject != kNone) return subject;
+    // Else one of the constraint's own, if its value then isn't negative.
+    for (const int own : {entry.marker, entry.other}) {
+        if (own == kNone || tableau.kind(own) == Kind::dummy) continue;
+        if (-expression.constant / expression.coefficientOf(own) >= -kEpsilon) return own;
+    }
+    return kNone;
+}
+
+// Puts "0 = expression" into the tableau. None if it can't hold; the new symbols are then gone.
+std::optional<LayoutSolver::Constraint> LayoutSolver::Machine::admit(Row expression, const Entry& entry) {
+    optimal = false;
+    const int subject = chooseSubject(expression, entry);
+    const bool onlyDummies = std::all_of(
+        expression.terms.begin(), expression.terms.end(),
+        [this](const LayoutTableau::Term& term) { return tableau.kind(term.symbol) == Kind::dummy; });
+    bool admitted = true;
+    if (subject != kNone) {
+        tableau.insert(std::move(expression), subject);
+    } else if (onlyDummies) {
+        // It follows from earlier ones, or contradicts them.
+        admitted = std::abs(expression.constant) < kContradiction;
+        expression.constant = 0;
+        if (admitted) tableau.insert(std::move(expression), entry.marker);
+    } else {
+        admitted = admitThroughArtificial(std::move(expression));
+    }
+    if (!admitted) {
+        tableau.removeSymbol(entry.marker);
+        if (entry.other != kNone) tableau.removeSymbol(entry.other);
+        return std::nullopt;
+    }
+    charge(entry, 1);
+    if (unused.empty()) {
+        entries.push_back(entry);
+        return entries.size() - 1;
+    }
+    const Constraint place = unused.back();
+    unused.pop_back();
+    entries[place] = entry;
+    return place;
+}
+
+// Lets the equation be missed by an artificial amount and brings that amount down; it can hold if 0 is
+// reached.
+bool LayoutSolver::Machine::admitThroughArtificial(Row expression) {
+    if (expression.constant < 0) {
+        expression.constant = -expression.constant;
+        for (LayoutTableau::Term& term : expression.terms) term.coefficient = -term.coefficient;
+    }
+    const int artificial = tableau.addSymbol(Kind::slack);
+    tableau.addTo(expression, artificial, -1);
+    tableau.insert(std::move(expression), artificial);
+
+    while (const Row* row = tableau.rowOf(artificial)) {
+        if (row->constant < kEpsilon) break;
+        const auto lowers = std::find_if(row->terms.begin(), row->terms.end(), [&](const auto& term) {
+            return term.coefficient < -kEpsilon && tableau.mayEnter(term.symbol);
+        });
+        if (lowers == row->terms.end()) break;
+        const int entering = lowers->symbol;
+        tableau.pivot(firstToLeave(tableau, entering), entering);
+    }
+    if (const Row* row = tableau.rowOf(artificial)) {
+        if (row->constant > kContradiction) {
+            tableau.erase(artificial);
+            tableau.removeSymbol(artificial);
+            return false;
+        }
+        // At 0 but still basic: any other symbol of the row can take the place, since nothing moves.
+        const auto taker = std::find_if(row->terms.begin(), row->terms.end(),
+                                        [&](const auto& term) { return tableau.mayEnter(term.symbol); });
+        if (taker != row->terms.end()) {
+            tableau.pivot(artificial, taker->symbol);
+        } else if (!row->terms.empty()) {
+            tableau.pivot(artificial, row->terms.back().symbol);
+        } else {
+            tableau.erase(artificial);
+        }
+    }
+    tableau.strike(artificial);
+    tableau.removeSymbol(artificial);
+    return true;
+}
+
+void LayoutSolver::Machine::charge(const Entry& entry, double factor) {
+    if (entry.markerPriority < kRequired) tableau.addCost(entry.marker, entry.markerPriority, factor);
+    if (entry.other != kNone) tableau.addCost(entry.other, entry.otherPriority, factor);
+}
+
+// An equation goes with its marker's row, so a marker that has none gets one. The row that runs out of room
+// first, in the one direction or else in the other, keeps all the rest as it is.
+void LayoutSolver::Machine::giveRow(int marker) {
+    int leaving = kNone;
+    int rank = 3;
+    double least = 0;
+    tableau.forEachRowWith(marker, [&](const Row& row, double coefficient) {
+        const bool restricted = tableau.isRestricted(row.basic);
+        const int rowRank = !restricted ? 2 : coefficient < 0 ? 0 : 1;
+        const double room = restricted ? std::abs(row.constant / coefficient) : 0;
+        const bool earlier = room < least || (room == least && row.basic < leaving);
+        if (rowRank > rank || (rowRank == rank && !earlier)) return;
+        leaving = row.basic;
+        rank = rowRank;
+        least = room;
+    });
+    if (leaving != kNone) tableau.pivot(leaving, marker);
+}
+
+void LayoutSolver::removeConstraint(Constraint constraint) {
+    machine_->restoreFeasibility();
+    LayoutTableau& tableau = machine_->tableau;
+    const Entry entry = machine_->entries[constraint];
+    machine_->charge(entry, -1);
+    machine_->optimal = false;
+    if (!tableau.rowOf(entry.marker)) machine_->giveRow(entry.marker);
+    if (tableau.rowOf(entry.marker)) tableau.erase(entry.marker);
+    for (const int symbol : {entry.marker, entry.other}) {
+        if (symbol == kNone) continue;
+        tableau.strike(symbol);
+        tableau.removeSymbol(symbol);
+    }
+    machine_->entries[constraint] = {};
+    machine_->unused.push_back(constraint);
+}
+
+void LayoutSolver::setConstant(Constraint constraint, double constant) {
+    Machine& machine = *machine_;
+    Entry& entry = machine.entries[constraint];
+    const double change = constant - entry.constant;
+    if (change == 0) return;
+    if (!machine.optimal) machine.optimize();
+    entry.constant = constant;
+    // The marker stands for the same thing as before, shifted; so only constants of rows move.
+    const auto check = [&machine](const Row& row) {
+        if (machine.tableau.kind(row.basic) == Kind::dummy) {
+            machine.contradicted = machine.contradicted || std::abs(row.constant) > kContradiction;
+        } else if (machine.tableau.isRestricted(row.basic) && row.constant < -kEpsilon) {
+            machine.infeasible.push_back(row.basic);
+        }
+    };
+    for (const int own : {entry.marker, entry.other}) {
+        if (own == kNone || !machine.tableau.rowOf(own)) continue;
+        machine.tableau.shiftConstant(own, (own == entry.marker ? entry.sign : -entry.sign) * change);
+        check(*machine.tableau.rowOf(own));
+        return;
+    }
+    machine.tableau.forEachRowWith(entry.marker, [&](Row& row, double coefficient) {
+        row.constant -= coefficient * entry.sign * change;
+        check(row);
+    });
+}
+
+bool LayoutSolver::solve() {
+    if (!machine_->restoreFeasibility()) return false;
+    if (!machine_->optimal) machine_->optimize();
+    return true;
+}
+
+// The symbol whose growth lifts the row at the least cost, strongest level first; none if nothing lifts it.
+int LayoutSolver::Machine::bestLift(const Row& row) const {
+    int best = kNone;
+    double per = 1;
+    for (const LayoutTableau::Term& term : row.terms) {
+        if (term.coefficient <= kEpsilon || !tableau.mayEnter(term.symbol)) continue;
+        if (best == kNone || cheaper(tableau, term.symbol, term.coefficient, best, per)) {
+            best = term.symbol;
+            per = term.coefficient;
+        }
+    }
+    return best;
+}
+
+// The dual simplex: costs are in order, some basic symbols are negative; each leaves for what lifts it best.
+bool LayoutSolver::Machine::restoreFeasibility() {
+    int moves = 0;
+    while (!infeasible.empty() && !contradicted) {
+        const int leaving = infeasible.back();
+        infeasible.pop_back();
+        const Row* row = tableau.rowOf(leaving);
+        if (!row || row->constant >= -kEpsilon) continue;
+        const int entering = bestLift(*row);
+        // So many moves mean going round in circles; a new solver doesn't.
+        if (entering == kNone || ++moves > 10 * tableau.symbolCount()) {
+            contradicted = true;
+            break;
+        }
+        tableau.pivot(leaving, entering);
+        tableau.forEachRowWith(leaving, [this](const Row& touched, double) {
+            const bool negative = tableau.isRestricted(touched.basic) && touched.constant < -kEpsilon;
+            if (negative) infeasible.push_back(touched.basic);
+        });
+    }
+    return !contradicted;
+}
+
+// Whether raising the symbol helps this level and costs nothing on those above.
+bool LayoutSolver::Machine::helps(int symbol, std::size_t depth) const {
+    const auto& levels = tableau.levels();
+    const auto place = static_cast<std::size_t>(symbol);
+    if (levels[depth].cost[place] >= -kEpsilon || !tableau.mayEnter(symbol)) return false;
+    for (std::size_t above = 0; above < depth; ++above) {
+        if (levels[above].cost[place] > kEpsilon) return false;
+    }
+    return true;
+}
+
+// The primal simplex, level by level.
+void LayoutSolver::Machine::optimize() {
+    optimal = true;
+    for (std::size_t depth = 0; depth < tableau.levels().size(); ++depth) {
+        // Symbols are tried in turn from where the last one entered, which is quick; after many moves always
+        // from the lowest, which surely ends (Bland's rule).
+        int symbol = 0;
+        int untried = tableau.symbolCount();
+        int moves = 0;
+        while (untried > 0) {
+            const int candidate = symbol;
+            symbol = symbol + 1 == tableau.symbolCount() ? 0 : symbol + 1;
+            --untried;
+            if (!helps(candidate, depth)) continue;
+            const int leaving = firstToLeave(tableau, candidate);
+            if (leaving == kNone) continue;
+            tableau.pivot(leaving, candidate);
+            untried = tableau.symbolCount();
+            if (++moves > 4 * untried) symbol = 0;
+        }
+    }
+}
+
+double LayoutSolver::value(Variable variable) const {
+    const Row* row = machine_->tableau.rowOf(variable);
+    return row ? row->constant : 0;
+}
+
+bool LayoutSolver::isFree(Variable variable) const {
+    const LayoutTableau& tableau = machine_->tableau;
+    const Row* row = tableau.rowOf(variable);
+    if (!row) return true;
+    return std::any_of(row->terms.begin(), row->terms.end(), [&tableau](const LayoutTableau::Term& term) {
+        if (tableau.kind(term.symbol) == Kind::external) return true;
+        return tableau.mayEnter(term.symbol) && tableau.costsNothing(term.symbol);
+    });
+}
+
+std::size_t LayoutSolver::revision() const noexcept { return machine_->tableau.changes(); }
+
+}  // namespace zqcore::platform

@@ -1,0 +1,224 @@
+#include "Platform/Layout/LayoutSystem.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace zqcore::platform {
+namespace {
+
+constexpr std::size_t kRoot = 0;
+
+}  // namespace
+
+LayoutEngine::System::System(LayoutItem& root, Purpose purpose, std::set<std::uint64_t>& reported)
+    : purpose_(purpose), reported_(reported) {
+    addNode(root, kRoot);
+    std::vector<NSLayoutConstraint*> constraints;
+    for (const Node& node : nodes) {
+        for (const auto& [age, constraint] : node.item->held_) constraints.push_back(constraint.get());
+    }
+    std::sort(constraints.begin(), constraints.end(),
+              [](const auto* a, const auto* b) { return a->age_ < b->age_; });
+    addEquations(constraints, true);
+    addEquations(constraints, false);
+    addContentSizes();
+    if (purpose_ == Purpose::fittingSize) {
+        for (const Component component : {width, height}) {
+            solver.addWish(variableOf(nodes[kRoot], component), 0, NSLayoutPriorityFittingSizeCompression,
+                           NSLayoutPriorityFittingSizeCompression);
+        }
+    }
+}
+
+void LayoutEngine::System::addNode(LayoutItem& item, std::size_t parent) {
+    const std::size_t place = nodes.size();
+    places_.emplace(&item, place);
+    Node node;
+    node.item = &item;
+    node.parent = parent;
+    node.frame = item.layoutFrame();
+    nodes.push_back(node);
+    item.forEachLayoutSubitem([&](LayoutItem& subitem) { addNode(subitem, place); });
+}
+
+bool LayoutEngine::System::decides(const Node& node, Component component) const {
+    if (node.item != nodes[kRoot].item) return !node.item->translates_;
+    const bool isSize = component == width || component == height;
+    return isSize && (purpose_ == Purpose::fittingSize || !node.item->translates_);
+}
+
+LayoutSolver::Variable LayoutEngine::System::variableOf(Node& node, Component component) {
+    if (node.variables[component] < 0) node.variables[component] = solver.addVariable();
+    return node.variables[component];
+}
+
+// Adds one number of an item to the equation being made.
+void LayoutEngine::System::addComponent(std::size_t place, Component component, double factor) {
+    Node& node = nodes[place];
+    if (!decides(node, component)) {
+        shares_.push_back({place, component, factor});
+        return;
+    }
+    const LayoutSolver::Variable variable = variableOf(node, component);
+    const auto same = std::find_if(terms_.begin(), terms_.end(),
+                                   [variable](const auto& term) { return term.variable == variable; });
+    if (same == terms_.end()) {
+        terms_.push_back({variable, factor});
+    } else {
+        same->coefficient += factor;
+    }
+}
+
+// Adds an attribute as it is seen from the interior of `holder`, whose own edges are at 0.
+void LayoutEngine::System::addSide(const LayoutItem& item, NSLayoutAttribute attribute,
+                                   const LayoutItem& holder, double factor) {
+    const std::size_t place = places_.at(&item);
+    const bool horizontal = isHorizontal(attribute);
+    const Component size = horizontal ? width : height;
+    switch (attribute) {
+        case NSLayoutAttribute::width:
+        case NSLayoutAttribute::height:
+            addComponent(place, size, factor);
+            return;
+        case NSLayoutAttribute::right:
+        case NSLayoutAttribute::bottom:
+            addComponent(place, size, factor);
+            break;
+        case NSLayoutAttribute::centerX:
+        case NSLayoutAttribute::centerY:
+            addComponent(place, size, factor / 2);
+            break;
+        default:
+            break;
+    }
+    for (std::size_t at = place; nodes[at].item != &holder; at = nodes[at].parent) {
+        addComponent(at, horizontal ? left : top, factor);
+    }
+}
+
+void LayoutEngine::System::addEquations(const std::vector<NSLayoutConstraint*>& constraints, bool required) {
+    for (NSLayoutConstraint* const constraint : constraints) {
+        if ((constraint->priority_ >= NSLayoutPriorityRequired) != required) continue;
+        terms_.clear();
+        shares_.clear();
+        const LayoutItem& holder = *constraint->holder_;
+        addSide(*constraint->firstItem(), constraint->firstAttribute_, holder, 1);
+        if (const LayoutItem* second = constraint->secondItem()) {
+            addSide(*second, constraint->secondAttribute_, holder, -1);
+        }
+        Equation equation{constraint, 0, shares_, 0};
+        equation.constant = constantOf(equation);
+        const auto handle =
+            solver.addConstraint(terms_, static_cast<LayoutSolver::Relation>(constraint->relation_),
+                                 equation.constant, constraint->priority_);
+        if (!handle) {
+            dropped_ = true;
+            report(*constraint);
+            continue;
+        }
+        equation.handle = *handle;
+        equations_.push_back(std::move(equation));
+    }
+}
+
+double LayoutEngine::System::constantOf(const Equation& equation) const {
+    double constant = equation.constraint->constant_;
+    for (const Share& share : equation.shares) {
+        const CGRect& frame = nodes[share.node].frame;
+        const double values[] = {frame.origin.x, frame.origin.y, frame.size.width, frame.size.height};
+        constant -= share.factor * values[share.component];
+    }
+    return constant;
+}
+
+void LayoutEngine::System::report(const NSLayoutConstraint& dropped) {
+    if (!reported_.insert(dropped.age_).second) return;
+    const std::string line =
+        "Unable to satisfy all required constraints; dropped the newest: " + dropped.description() + "\n";
+    std::fputs(line.c_str(), stderr);
+}
+
+void LayoutEngine::System::addContentSizes() {
+    for (Node& node : nodes) {
+        if (!decides(node, width)) continue;
+        LayoutItem& item = *node.item;
+        const CGSize size = item.contentSize();
+        const std::array<double, 2> sizes{size.width, size.height};
+        for (const std::size_t axis : {0U, 1U}) {
+            if (!(sizes[axis] >= 0)) continue;
+            const Component component = axis == 0 ? width : height;
+            addContentLimit(node, component, sizes[axis], item.hugging_[axis], item.resistance_[axis]);
+        }
+    }
+}
+
+// A wish in both directions is one equation whose errors have a priority each.
+void LayoutEngine::System::addContentLimit(Node& node, Component component, double size,
+                                           NSLayoutPriority notAbove, NSLayoutPriority notBelow) {
+    auto& wish = node.wishes[component == width ? 0 : 1];
+    // Required ones are followed, unless older constraints stand against them, and just miss them.
+    constexpr double kNearlyRequired = 999.999;
+    wish = solver.addWish(variableOf(node, component), size, std::min(notAbove, kNearlyRequired),
+                          std::min(notBelow, kNearlyRequired));
+}
+
+bool LayoutEngine::System::edit() {
+    for (Node& node : nodes) {
+        node.frame = node.item->layoutFrame();
+        const double values[] = {node.frame.origin.x, node.frame.origin.y, node.frame.size.width,
+                                 node.frame.size.height};
+        for (const Component component : {left, top, width, height}) {
+            if (node.stays[component]) solver.setConstant(*node.stays[component], values[component]);
+        }
+        if (!decides(node, width)) continue;
+        const CGSize size = node.item->contentSize();
+        const std::array<double, 2> sizes{size.width, size.height};
+        for (const std::size_t axis : {0U, 1U}) {
+            // A side that came or went is another system.
+            if ((sizes[axis] >= 0) != node.wishes[axis].has_value()) return false;
+            if (node.wishes[axis]) solver.setConstant(*node.wishes[axis], sizes[axis]);
+        }
+    }
+    for (Equation& equation : equations_) {
+        const double constant = constantOf(equation);
+        if (constant == equation.constant) continue;
+        equation.constant = constant;
+        solver.setConstant(equation.handle, constant);
+    }
+    return !dropped_;  // what was dropped may hold now
+}
+
+bool LayoutEngine::System::solve() {
+    if (!solver.solve()) return false;
+    if (purpose_ == Purpose::fittingSize || solver.revision() == heldAtRevision_) return true;
+    const bool solved = !holdWhatIsFree() || solver.solve();
+    heldAtRevision_ = solver.revision();
+    return solved;
+}
+
+// Sizes first: where either could give way a view rather moves than changes its size.
+bool LayoutEngine::System::holdWhatIsFree() {
+    bool held = false;
+    for (const Component component : {width, height, left, top}) {
+        for (Node& node : nodes) {
+            const LayoutSolver::Variable variable = node.variables[component];
+            if (variable < 0 || node.stays[component] || !solver.isFree(variable)) continue;
+            const double values[] = {node.frame.origin.x, node.frame.origin.y, node.frame.size.width,
+                                     node.frame.size.height};
+            const LayoutSolver::Term term{variable, 1};
+            node.stays[component] = solver.addConstraint({&term, 1}, LayoutSolver::Relation::equal,
+                                                         values[component], LayoutSolver::kStay);
+            held = true;
+        }
+    }
+    return held;
+}
+
+double LayoutEngine::System::valueOf(const Node& node, Component component) const {
+    if (node.variables[component] >= 0) return solver.value(node.variables[component]);
+    const double values[] = {node.frame.origin.x, node.frame.origin.y, node.frame.size.width,
+                             node.frame.size.height};
+    return values[component];
+}
+
+}  // namespace zqcore::platform

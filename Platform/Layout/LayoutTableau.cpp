@@ -1,0 +1,182 @@
+#include "Platform/Layout/LayoutTableau.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zqcore::platform {
+namespace {
+
+std::size_t at(int symbol) { return static_cast<std::size_t>(symbol); }
+
+}  // namespace
+
+double LayoutTableau::Row::coefficientOf(int symbol) const {
+    const auto place = std::lower_bound(terms.begin(), terms.end(), symbol,
+                                        [](const Term& term, int wanted) { return term.symbol < wanted; });
+    return place != terms.end() && place->symbol == symbol ? place->coefficient : 0;
+}
+
+int LayoutTableau::addSymbol(Kind kind) {
+    if (!freeSymbols_.empty()) {
+        const int symbol = freeSymbols_.back();
+        freeSymbols_.pop_back();
+        kinds_[at(symbol)] = kind;
+        return symbol;
+    }
+    kinds_.push_back(kind);
+    rowOf_.push_back(-1);
+    columns_.emplace_back();
+    for (Level& level : levels_) level.cost.push_back(0);
+    return symbolCount() - 1;
+}
+
+void LayoutTableau::removeSymbol(int symbol) {
+    kinds_[at(symbol)] = Kind::none;
+    columns_[at(symbol)].clear();
+    for (Level& level : levels_) level.cost[at(symbol)] = 0;
+    freeSymbols_.push_back(symbol);
+}
+
+const LayoutTableau::Row* LayoutTableau::rowOf(int symbol) const {
+    const int index = rowOf_[at(symbol)];
+    return index < 0 ? nullptr : &rows_[at(index)];
+}
+
+void LayoutTableau::shiftConstant(int basic, double by) { rows_[at(rowOf_[at(basic)])].constant += by; }
+
+// row += factor * other; both are sorted, so is the result.
+void LayoutTableau::addScaled(Row& row, const Row& other, double factor) const {
+    std::vector<Term>& scratch = scratch_;
+    row.constant += factor * other.constant;
+    scratch.clear();
+    gained_.clear();
+    auto mine = row.terms.begin();
+    auto theirs = other.terms.begin();
+    while (mine != row.terms.end() && theirs != other.terms.end()) {
+        if (mine->symbol < theirs->symbol) {
+            scratch.push_back(*mine++);
+        } else if (theirs->symbol < mine->symbol) {
+            gained_.push_back(theirs->symbol);
+            scratch.push_back({theirs->symbol, factor * theirs->coefficient});
+            ++theirs;
+        } else {
+            const double sum = mine->coefficient + factor * theirs->coefficient;
+            if (!isZero(sum)) scratch.push_back({mine->symbol, sum});
+            ++mine;
+            ++theirs;
+        }
+    }
+    scratch.insert(scratch.end(), mine, row.terms.end());
+    for (; theirs != other.terms.end(); ++theirs) {
+        gained_.push_back(theirs->symbol);
+        scratch.push_back({theirs->symbol, factor * theirs->coefficient});
+    }
+    row.terms.swap(scratch);
+}
+
+void LayoutTableau::addTo(Row& expression, int symbol, double factor) const {
+    if (const Row* row = rowOf(symbol)) {
+        addScaled(expression, *row, factor);
+        return;
+    }
+    Row single;
+    single.terms.push_back({symbol, 1});
+    addScaled(expression, single, factor);
+}
+
+void LayoutTableau::place(Row row) {
+    std::size_t index = rows_.size();
+    if (freeRows_.empty()) {
+        rows_.emplace_back();
+        visited_.push_back(0);
+    } else {
+        index = freeRows_.back();
+        freeRows_.pop_back();
+    }
+    rowOf_[at(row.basic)] = static_cast<int>(index);
+    for (const Term& term : row.terms) columns_[at(term.symbol)].push_back(static_cast<int>(index));
+    rows_[index] = std::move(row);
+}
+
+void LayoutTableau::insert(Row expression, int subject) {
+    const double coefficient = expression.coefficientOf(subject);
+    std::erase_if(expression.terms, [subject](const Term& term) { return term.symbol == subject; });
+    expression.constant /= -coefficient;
+    for (Term& term : expression.terms) term.coefficient /= -coefficient;
+    expression.basic = subject;
+    ++changes_;
+    substitute(subject, expression);
+    place(std::move(expression));
+}
+
+void LayoutTableau::erase(int basic) {
+    const std::size_t index = at(rowOf_[at(basic)]);
+    rowOf_[at(basic)] = -1;
+    rows_[index].basic = -1;
+    rows_[index].terms.clear();
+    freeRows_.push_back(index);
+}
+
+// Replaces a symbol that is about to be basic by its row, in all other rows and in the costs.
+void LayoutTableau::substitute(int symbol, const Row& by) {
+    const std::vector<int> column = std::exchange(columns_[at(symbol)], {});
+    for (const int index : column) {
+        Row& row = rows_[at(index)];
+        const double factor = row.basic < 0 ? 0 : row.coefficientOf(symbol);
+        if (factor == 0) continue;
+        std::erase_if(row.terms, [symbol](const Term& term) { return term.symbol == symbol; });
+        addScaled(row, by, factor);
+        for (const int gained : gained_) columns_[at(gained)].push_back(index);
+    }
+    for (Level& level : levels_) {
+        const double factor = std::exchange(level.cost[at(symbol)], 0);
+        if (factor == 0) continue;
+        for (const Term& term : by.terms) {
+            double& cost = level.cost[at(term.symbol)];
+            cost += factor * term.coefficient;
+            if (isZero(cost)) cost = 0;
+        }
+    }
+}
+
+void LayoutTableau::pivot(int leaving, int entering) {
+    Row row = std::move(rows_[at(rowOf_[at(leaving)])]);
+    erase(leaving);
+    // 0 = row - leaving, to be solved for the entering symbol.
+    const auto before = std::lower_bound(row.terms.begin(), row.terms.end(), leaving,
+                                         [](const Term& term, int wanted) { return term.symbol < wanted; });
+    row.terms.insert(before, {leaving, -1});
+    insert(std::move(row), entering);
+}
+
+void LayoutTableau::strike(int symbol) {
+    for (const int index : columns_[at(symbol)]) {
+        std::erase_if(rows_[at(index)].terms, [symbol](const Term& term) { return term.symbol == symbol; });
+    }
+    columns_[at(symbol)].clear();
+}
+
+void LayoutTableau::addCost(int symbol, double priority, double amount) {
+    auto level = std::lower_bound(levels_.begin(), levels_.end(), priority,
+                                  [](const Level& one, double wanted) { return one.priority > wanted; });
+    if (level == levels_.end() || level->priority != priority) {
+        level = levels_.insert(level, Level{priority, std::vector<double>(kinds_.size(), 0.0)});
+    }
+    const auto add = [&](int to, double much) {
+        double& cost = level->cost[at(to)];
+        cost += much;
+        if (isZero(cost)) cost = 0;
+    };
+    if (const Row* row = rowOf(symbol)) {
+        for (const Term& term : row->terms) add(term.symbol, amount * term.coefficient);
+    } else {
+        add(symbol, amount);
+    }
+}
+
+bool LayoutTableau::costsNothing(int symbol) const {
+    return std::all_of(levels_.begin(), levels_.end(),
+                       [symbol](const Level& level) { return level.cost[at(symbol)] == 0; });
+}
+
+}  // namespace zqcore::platform

@@ -1,0 +1,144 @@
+#include "Platform/QuartzCore/LayerRenderer.h"
+
+#include <cmath>
+
+#include "Platform/Graphics/CGContext.h"
+#include "Platform/Graphics/CGImage.h"
+#include "Platform/Graphics/CGPath.h"
+#include "Platform/Graphics/CGRect.h"
+#include "Platform/QuartzCore/LayerState.h"
+
+namespace zqcore::platform {
+namespace {
+
+bool hasArea(const CGRect& rect) { return rect.size.width > 0 && rect.size.height > 0; }
+
+CGFloat fittingRadius(const CGRect& rect, CGFloat radius) {
+    return std::max(0.0, std::min(radius, std::min(rect.size.width, rect.size.height) / 2));
+}
+
+void fillRounded(CGContext& context, const CGRect& rect, CGFloat radius, const CGColor& color) {
+    if (!(color.alpha > 0)) return;
+    context.setFillColor(color);
+    const CGFloat corner = fittingRadius(rect, radius);
+    if (corner > 0) {
+        context.fill(*CGPath::roundedRect(rect, corner, corner));
+    } else {
+        context.fill(rect);
+    }
+}
+
+// The line's middle lies half its width inside, so that all of it is within the bounds.
+void strokeInside(CGContext& context, const CGRect& bounds, CGFloat radius, CGFloat width,
+                  const CGColor& color) {
+    if (!(width > 0) || !(color.alpha > 0)) return;
+    if (2 * width >= std::min(bounds.size.width, bounds.size.height)) {
+        fillRounded(context, bounds, radius, color);
+        return;
+    }
+    const CGRect middle = CGRectInset(bounds, width / 2, width / 2);
+    const CGFloat corner = std::max(0.0, fittingRadius(bounds, radius) - width / 2);
+    context.setStrokeColor(color);
+    context.setLineWidth(width);
+    context.setLineCap(CGLineCap::butt);
+    context.setLineJoin(CGLineJoin::miter);
+    context.stroke(*CGPath::roundedRect(middle, corner, corner));
+}
+
+}  // namespace
+
+struct LayerRenderer::Walk {
+    CGContext& context;
+    Clock::Instant now;
+
+    void draw(CALayer& layer) const {
+        const CALayer::State& state = *layer.state_;
+        if (state.hidden) return;
+        const CALayer::Presentation shown = layer.presentationAt(now);
+        if (!(shown.opacity > 0) || !isInvertible(shown.affineTransform)) return;
+        layer.displayIfNeeded();
+
+        context.saveGState();
+        enter(layer, shown);
+        const std::optional<CGShadow> shadow = shadowOf(layer, shown);
+        const bool outline = shadow && castsByOutline(layer, shown);
+        const bool group = shown.opacity < 1 || (shadow && !outline);
+        if (group)
+            context.beginTransparencyLayer(std::min(shown.opacity, 1.0), outline ? std::nullopt : shadow);
+        if (outline) {
+            const CGFloat corner = fittingRadius(shown.bounds, shown.cornerRadius);
+            context.drawShadow(*CGPath::roundedRect(shown.bounds, corner, corner), *shadow);
+        }
+        drawBody(layer, shown);
+        if (group) context.endTransparencyLayer();
+        context.restoreGState();
+    }
+
+    // From the superlayer's space to the space of the bounds.
+    void enter(const CALayer& layer, const CALayer::Presentation& shown) const {
+        const CGPoint anchor = layer.anchorPoint();
+        const CGSize size = shown.bounds.size;
+        context.translateBy(shown.position.x, shown.position.y);
+        if (shown.affineTransform != CGAffineTransformIdentity) context.concatenate(shown.affineTransform);
+        context.translateBy(-anchor.x * size.width, -anchor.y * size.height);
+        if (layer.isGeometryFlipped()) context.flip(size.height);
+        context.translateBy(-shown.bounds.origin.x, -shown.bounds.origin.y);
+    }
+
+    static std::optional<CGShadow> shadowOf(const CALayer& layer, const CALayer::Presentation& shown) {
+        const CGFloat alpha = shown.shadowColor.alpha * std::min(shown.shadowOpacity, 1.0);
+        if (!(alpha > 0) || layer.masksToBounds()) return std::nullopt;
+        return CGShadow{shown.shadowColor.withAlpha(alpha), shown.shadowOffset,
+                        std::max(0.0, shown.shadowRadius)};
+    }
+
+    // Whether the shape that casts the shadow is the rounded rectangle itself: an opaque background that
+    // nothing sticks out of. Then no group is needed.
+    bool castsByOutline(const CALayer& layer, const CALayer::Presentation& shown) const {
+        if (!hasArea(shown.bounds) || shown.backgroundColor.alpha < 1) return false;
+        const auto& sublayers = layer.sublayers();
+        return std::all_of(sublayers.begin(), sublayers.end(), [&](const auto& sublayer) {
+            return sublayer->isHidden() ||
+                   CGRectContainsRect(shown.bounds, CGRectStandardize(sublayer->presentationAt(now).frame));
+        });
+    }
+
+    void drawBody(CALayer& layer, const CALayer::Presentation& shown) const {
+        const bool area = hasArea(shown.bounds);
+        if (area) fillRounded(context, shown.bounds, shown.cornerRadius, shown.backgroundColor);
+        if (layer.masksToBounds()) {
+            if (!area) return;
+            context.saveGState();
+            const CGFloat corner = fittingRadius(shown.bounds, shown.cornerRadius);
+            if (corner > 0) {
+                context.clipTo(*CGPath::roundedRect(shown.bounds, corner, corner));
+            } else {
+                context.clipTo(shown.bounds);
+            }
+        }
+        if (layer.hasContents()) layer.drawContents(context, shown.bounds, now);
+        // A copy: a draw handler below may change the tree.
+        const std::vector<std::shared_ptr<CALayer>> sublayers = layer.sublayers();
+        for (const auto& sublayer : sublayers) draw(*sublayer);
+        if (layer.masksToBounds()) context.restoreGState();
+        if (area) {
+            strokeInside(context, shown.bounds, shown.cornerRadius, shown.borderWidth, shown.borderColor);
+        }
+    }
+};
+
+void LayerRenderer::render(CALayer& layer, CGContext& context) {
+    render(layer, context, Clock::current().now());
+}
+
+void LayerRenderer::render(CALayer& layer, CGContext& context, Clock::Instant now) {
+    Walk{context, now}.draw(layer);
+}
+
+void CALayer::drawContents(CGContext& context, const CGRect& bounds, Clock::Instant) {
+    if (!hasArea(bounds)) return;
+    if (state_->contents) context.drawImage(*state_->contents, bounds);
+    if (state_->drawn) state_->drawn->replay(context, bounds);
+}
+
+}  // namespace zqcore::platform
