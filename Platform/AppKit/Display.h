@@ -67,10 +67,13 @@ struct DisplayPicture {
 struct DisplayEvent {
     NSEventType type = NSEventType::mouseMoved;
     /// The window of ours that gets it: under a grab the one where the button went down, else the topmost at
-    /// the place that takes the mouse. 0: it goes to another application, or nowhere.
+    /// the place that takes the mouse; for keys the one with the focus. 0 is none.
     DisplayWindowNumber window = 0;
     /// The topmost window of ours under the pointer whatever is grabbed; decides who is entered and left.
     DisplayWindowNumber windowUnderPointer = 0;
+    /// It goes to another application or the bare desktop. The motion that leaves our windows is told always,
+    /// the rest on demand.
+    bool outside = false;
     CGPoint location;  ///< screen space
     NSEventModifierFlags modifierFlags = 0;
     int buttonNumber = 0;

@@ -67,12 +67,12 @@ class ZQ_EXPORT NSApplication : public NSResponder {
 
     // Appearance.
     /// The one set, else the display's.
-    [[nodiscard]] std::shared_ptr<NSAppearance> effectiveAppearance() const;
+    [[nodiscard]] std::shared_ptr<const NSAppearance> effectiveAppearance() const;
     /// Null follows the display again.
-    void setAppearance(std::shared_ptr<NSAppearance> appearance);
+    void setAppearance(std::shared_ptr<const NSAppearance> appearance);
     /// Calls at once with the present appearance, then at each set, synchronously.
     [[nodiscard]] AnyCancellable observeEffectiveAppearance(
-        std::function<void(const std::shared_ptr<NSAppearance>&)> observer);
+        std::function<void(const std::shared_ptr<const NSAppearance>&)> observer);
 
     // The loop.
     /// Runs the main loop until `stop`.

@@ -66,6 +66,10 @@ class ZQ_EXPORT NSView : public NSResponder {
     virtual void viewDidMoveToSuperview() {}
     virtual void didAddSubview(NSView& /*view*/) {}
     virtual void willRemoveSubview(NSView& /*view*/) {}
+    /// A subview was hidden or shown; stacks lay out again.
+    virtual void subviewHiddenChanged(NSView& /*view*/) {}
+    /// The window became or ceased to be the one with the keys.
+    virtual void windowDidChangeKeyState() {}
     virtual void viewDidHide() {}
     virtual void viewDidUnhide() {}
     virtual void viewDidChangeEffectiveAppearance() {}
@@ -175,16 +179,23 @@ class ZQ_EXPORT NSView : public NSResponder {
         bool missed = false;
     };
 
-    void link(const std::shared_ptr<NSView>& view, std::size_t position);
-    void unlink(NSView& view);
+    void detach(NSView& view, bool staysInWindow);
+    // What hangs on the tree: layers and constraints follow it.
+    void linked(NSView& view);
+    void unlinking(NSView& view);
+    void reorderLayers();
+    void applyLayerGeometry();
+    void applyLayerState();
+    void frameDidChangeOutsideLayout();
     void tellWillMove(const std::shared_ptr<NSWindow>& window);
     void enterWindow(const std::shared_ptr<NSWindow>& window);
-    void geometryChanged(bool sizeChanged);
     void markTracking();
     void markSubtreeTracking();
     void post(Notice& notice, std::string_view name);
     [[nodiscard]] CGPoint toParent(CGPoint point) const;
     [[nodiscard]] CGPoint fromParent(CGPoint point) const;
+    [[nodiscard]] CGPoint toWindow(CGPoint point) const;
+    [[nodiscard]] CGPoint fromWindow(CGPoint point) const;
     [[nodiscard]] std::shared_ptr<NSView> self() {
         return std::static_pointer_cast<NSView>(shared_from_this());
     }
@@ -212,6 +223,7 @@ class ZQ_EXPORT NSView : public NSResponder {
     bool needsLayout_ = true;
     bool needsUpdateConstraints_ = true;
     bool needsTracking_ = true;
+    bool settingLayoutFrame_ = false;
 };
 
 }  // namespace zqcore::platform

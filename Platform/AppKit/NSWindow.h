@@ -1,5 +1,8 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -14,7 +17,7 @@ namespace zqcore::platform {
 
 class NSColor;
 class NSScreen;
-class NSText;
+class NSTimer;
 class NSViewController;
 
 inline constexpr std::string_view NSWindowWillCloseNotification = "NSWindowWillCloseNotification";
@@ -145,7 +148,7 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     [[nodiscard]] bool isKeyWindow() const;
     [[nodiscard]] bool isMainWindow() const;
     void makeKeyWindow();
-    /// Called by the application; mark the buttons, whose look depends on it.
+    /// Called by the application; every view is told, as buttons look different then.
     virtual void becomeKeyWindow();
     virtual void resignKeyWindow();
     /// Itself if no view is.
@@ -157,7 +160,6 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     virtual void sendEvent(const std::shared_ptr<NSEvent>& event);
     void keyDown(const NSEvent& event) override;
     bool performKeyEquivalent(const NSEvent& event) override;
-    [[nodiscard]] std::shared_ptr<NSResponder> nextResponder() const override;
     void layoutIfNeeded();
     /// Lays out and draws what is marked, at once.
     void displayIfNeeded();
@@ -170,15 +172,22 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     friend class NSView;
     friend class DisplayPass;
 
-    void open();
+    [[nodiscard]] std::shared_ptr<Display> display() const { return display_.lock(); }
+    bool open();
     void update();
-    void shown(bool visible);
+    void order(const std::function<void(Display&)>& place);
     void desktopMoved(const CGRect& frame);
     void applyFrame(const CGRect& frame);
-    void viewLeft(NSView& view);
-    void markButtons();
+    void viewLeft(const NSView& view);
+    void applyAlpha(CGFloat alpha);
+    void rootLayerEntered(NSView& content);
+    void rootLayerLeft(NSView& content);
+    void tellKeyState();
     void markForDisplay();
-    void releaseNumber();
+    void appearanceChanged();
+    void buttonDown(std::size_t button, const NSEvent& event);
+    bool takesFirstPress(NSView* view, const NSEvent& event);
+    void deliver(const std::shared_ptr<NSResponder>& to, const NSEvent& event);
     [[nodiscard]] std::shared_ptr<NSWindow> self() {
         return std::static_pointer_cast<NSWindow>(shared_from_this());
     }
@@ -191,12 +200,15 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     std::shared_ptr<NSViewController> contentViewController_;
     std::shared_ptr<NSColor> background_;
     std::weak_ptr<NSResponder> firstResponder_;
-    std::weak_ptr<NSView> pressed_[3];  // who got the down of left, right and the other buttons
+    // Who got the down of left, right and the other buttons.
+    std::array<std::weak_ptr<NSResponder>, 3> pressed_;
+    std::shared_ptr<NSTimer> alphaSteps_;
     NSWindowAnimationBehavior animation_ = NSWindowAnimationBehavior::standard;
     bool releasedWhenClosed_ = true;
     bool hidesOnDeactivate_ = false;
     bool acceptsMouseMoved_ = false;
     bool visible_ = false;
+    bool closing_ = false;
     bool needsPass_ = true;
     bool needsPixels_ = true;
 };

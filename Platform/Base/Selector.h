@@ -22,27 +22,32 @@ class Selector final {
 
     [[nodiscard]] constexpr std::string_view name() const noexcept { return name_; }
 
-    /// Calls the operation on `target`; nothing happens on an object of another class. `sender` may be null.
-    void perform(NSObject& target, NSObject* sender) const { call_(target, sender); }
+    /// Calls the operation on `target`; on an object of another class nothing happens. `sender` may be null. Gives
+    /// whether the target has the operation.
+    bool perform(NSObject& target, NSObject* sender) const { return call_(target, sender); }
 
     friend constexpr bool operator==(const Selector&, const Selector&) noexcept = default;
 
   private:
-    using Call = void (*)(NSObject&, NSObject*);
+    using Call = bool (*)(NSObject&, NSObject*);
 
     constexpr Selector(std::string_view name, Call trampoline) noexcept : name_(name), call_(trampoline) {}
 
     template <auto Operation>
-    static void call(NSObject& target, NSObject* sender) {
-        perform(Operation, target, sender);
+    static bool call(NSObject& target, NSObject* sender) {
+        return perform(Operation, target, sender);
     }
     template <class T>
-    static void perform(void (T::*operation)(), NSObject& target, NSObject* /*sender*/) {
-        if (auto* receiver = dynamic_cast<T*>(&target)) (receiver->*operation)();
+    static bool perform(void (T::*operation)(), NSObject& target, NSObject* /*sender*/) {
+        auto* receiver = dynamic_cast<T*>(&target);
+        if (receiver) (receiver->*operation)();
+        return receiver != nullptr;
     }
     template <class T>
-    static void perform(void (T::*operation)(NSObject*), NSObject& target, NSObject* sender) {
-        if (auto* receiver = dynamic_cast<T*>(&target)) (receiver->*operation)(sender);
+    static bool perform(void (T::*operation)(NSObject*), NSObject& target, NSObject* sender) {
+        auto* receiver = dynamic_cast<T*>(&target);
+        if (receiver) (receiver->*operation)(sender);
+        return receiver != nullptr;
     }
 
     std::string_view name_;

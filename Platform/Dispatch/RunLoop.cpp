@@ -134,6 +134,12 @@ void RunLoop::stop() {
     MainQueue::shared().wake();
 }
 
+void RunLoop::setTurnHandler(TurnPart part, std::function<void()> handler) {
+    MainQueue::shared().setTurnHandler(part == TurnPart::beforeQueue ? 0 : 1, std::move(handler));
+}
+
+void RunLoop::requestTurn() { MainQueue::shared().requestTurn(); }
+
 bool RunLoop::drain() { return state_->round(0); }
 
 int RunLoop::fileDescriptor() const noexcept { return state_->epoll; }

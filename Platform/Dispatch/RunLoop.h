@@ -29,6 +29,13 @@ class ZQ_EXPORT RunLoop final {
     /// Readable whenever `drain` has something to do. The loop owns it; the number never changes.
     [[nodiscard]] int fileDescriptor() const noexcept;
 
+    /// Work that each turn does besides the blocks of the main queue: before them, or after them.
+    enum class TurnPart { beforeQueue, afterQueue };
+    /// Main thread: sets the work of that part; an empty one takes it out. It must not throw.
+    void setTurnHandler(TurnPart part, std::function<void()> handler);
+    /// Lets a turn come although no block waits. Any thread.
+    void requestTurn();
+
     /// A watch of one descriptor; its end is the end of the watching.
     class Watch {
       public:

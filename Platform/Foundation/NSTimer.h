@@ -38,6 +38,8 @@ class ZQ_EXPORT NSTimer final : public NSObject {
     /// What the main loop does now; the application sets it for presses and alerts. Timers of the default
     /// mode that came due meanwhile fire when it is back.
     static void setMainRunLoopMode(NSRunLoopMode mode);
+    /// Lets the main loop forget all its timers.
+    static void invalidateAllForTesting();
     [[nodiscard]] static NSRunLoopMode mainRunLoopMode();
 
   private:

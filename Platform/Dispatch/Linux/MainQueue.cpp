@@ -61,14 +61,28 @@ void MainQueue::wake() noexcept {
     setReadable();
 }
 
+void MainQueue::requestTurn() {
+    {
+        const std::lock_guard lock(mutex_);
+        turnRequested_ = true;
+        setReadable();
+    }
+    WorkerPool::shared().pokeObservers();
+}
+
 bool MainQueue::hasWork() {
     const std::lock_guard lock(mutex_);
-    return batchWaits_ || !incoming_.empty();
+    return batchWaits_ || turnRequested_ || !incoming_.empty();
 }
 
 // No exception of a block may reach what the host has on its stack.
 bool MainQueue::drain() noexcept {
     bool ran = false;
+    {
+        const std::lock_guard lock(mutex_);
+        ran = std::exchange(turnRequested_, false);
+    }
+    if (turnHandlers_[0]) turnHandlers_[0]();
     if (next_ == batch_.size()) {
         batch_.clear();
         next_ = 0;
@@ -83,9 +97,10 @@ bool MainQueue::drain() noexcept {
         const CurrentQueueScope scope(this);
         block();
     }
+    if (turnHandlers_[1]) turnHandlers_[1]();
     const std::lock_guard lock(mutex_);
     batchWaits_ = false;
-    if (incoming_.empty() && std::exchange(readable_, false)) {
+    if (incoming_.empty() && !turnRequested_ && std::exchange(readable_, false)) {
         std::uint64_t count = 0;
         [[maybe_unused]] const ssize_t got = read(descriptor_, &count, sizeof count);
     }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -27,6 +29,12 @@ class MainQueue final : public DispatchQueue {
     bool drain() noexcept;
     /// Makes the descriptor readable once, without a block.
     void wake() noexcept;
+    /// Lets `drain` have work although no block waits.
+    void requestTurn();
+    /// Main thread: what `drain` runs before (0) and after (1) the blocks.
+    void setTurnHandler(std::size_t part, std::function<void()> handler) {
+        turnHandlers_[part] = std::move(handler);
+    }
     [[nodiscard]] bool hasWork();
     [[nodiscard]] int fileDescriptor() const noexcept { return descriptor_; }
 
@@ -41,10 +49,12 @@ class MainQueue final : public DispatchQueue {
     std::vector<DispatchBlock> incoming_;
     bool readable_ = false;
     bool batchWaits_ = false;
+    bool turnRequested_ = false;
 
     // The main thread's alone.
     std::vector<DispatchBlock> batch_;
     std::size_t next_ = 0;
+    std::array<std::function<void()>, 2> turnHandlers_;
 };
 
 }  // namespace zqcore::platform

@@ -1,0 +1,26 @@
+#pragma once
+
+namespace zqcore::platform {
+
+class NSView;
+class NSWindow;
+
+/// What brings windows up to date at the end of a turn: constraints, layout, tracking areas, drawing. Main
+/// thread. Exceptions of overrides are caught, with one log line each.
+class DisplayPass {
+  public:
+    DisplayPass() = delete;
+
+    static void run(NSWindow& window);
+    /// Constraints and layout alone.
+    static void layout(NSView& root);
+
+  private:
+    static void updateConstraints(NSView& view);
+    static void layoutMarked(NSView& view);
+    static void updateTracking(NSView& view);
+    static bool drawMarked(NSView& view);
+    static void present(NSWindow& window);
+};
+
+}  // namespace zqcore::platform
