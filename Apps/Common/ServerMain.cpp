@@ -62,7 +62,7 @@ const char* reason(ScriptingServeStatus status) {
 
 bool parseServerOptions(int argc, char** argv, ServerOptions& options, std::string_view help,
                         const std::function<bool(std::string_view, std::string_view)>& other) {
-    for (int i = 1; i < argc; ++i) {
+    for (int i = 1; i < argc; i += 2) {
         const std::string_view name = argv[i];
         if (name == "--help") {
             std::fwrite(help.data(), 1, help.size(), stdout);
@@ -81,7 +81,6 @@ bool parseServerOptions(int argc, char** argv, ServerOptions& options, std::stri
             std::fprintf(stderr, "%s: what is \"%s\"? --help tells the options\n", argv[0], argv[i]);
             return false;
         }
-        ++i;
     }
     return true;
 }

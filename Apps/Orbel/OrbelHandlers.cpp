@@ -1,6 +1,5 @@
 #include "Apps/Orbel/OrbelHandlers.h"
 
-#include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
@@ -69,41 +68,15 @@ void ServeOCR::handle(const std::shared_ptr<RequestValue>& request, const ASComp
     completion(ResponseValue::make());
 }
 
-void ServeLaunch::handle(const std::shared_ptr<RequestValue>&, const ASCompletion& completion) {
-    completion(ResponseValue::make());
-}
-
-void ServeHotkeyFetch::handle(const std::shared_ptr<RequestValue>& request, const ASCompletion& completion) {
-    const auto& body = request->body;
-    const bool all = body && body->fetchAll.value_or(false);
-    if (!all && !(body && body->identifiers)) {
-        return refuse(completion, Code::invalidParameter, "neither fetchAll nor identifiers");
-    }
-    auto response = ResponseValue::make();
-    response->body = ResponseValue::Body::make();
-    auto& found = response->body->hotkeys.emplace();
+std::vector<std::shared_ptr<ServedHotkey>> servedHotkeys() {
+    std::vector<std::shared_ptr<ServedHotkey>> hotkeys;
     for (const auto& [identifier, key] : kOwnHotkeys) {
-        if (!all && std::find(body->identifiers->begin(), body->identifiers->end(), identifier) ==
-                        body->identifiers->end()) {
-            continue;
-        }
-        auto hotkey = ResponseValue::Hotkey::make();
+        const auto& hotkey = hotkeys.emplace_back(ServedHotkey::make());
         hotkey->identifier = std::string(identifier);
         hotkey->key = std::string(key);
         hotkey->doubledModifiers = false;
-        found.push_back(std::move(hotkey));
     }
-    completion(std::move(response));
-}
-
-void ServeHotkeyHandle::handle(const std::shared_ptr<RequestValue>& request, const ASCompletion& completion) {
-    const auto& hotkey = request->body ? request->body->hotkey : nullptr;
-    const bool own = hotkey && hotkey->identifier &&
-                     std::any_of(kOwnHotkeys.begin(), kOwnHotkeys.end(),
-                                 [&](const OwnHotkey& one) { return one.identifier == *hotkey->identifier; });
-    if (!own) return refuse(completion, Code::invalidParameter, "that hotkey is none of ours");
-    ZQLogInfo([&] { return "hotkey " + *hotkey->identifier + " was pressed"; });
-    completion(ResponseValue::make());
+    return hotkeys;
 }
 
 }  // namespace demo

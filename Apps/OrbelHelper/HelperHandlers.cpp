@@ -1,6 +1,5 @@
 #include "Apps/OrbelHelper/HelperHandlers.h"
 
-#include <algorithm>
 #include <string>
 
 #include "Apps/Common/ServerCommand.h"
@@ -93,37 +92,10 @@ void ServeCurrentApp::handle(const std::shared_ptr<RequestValue>&, const ASCompl
     completion(std::move(response));
 }
 
-void ServeLaunch::handle(const std::shared_ptr<RequestValue>&, const ASCompletion& completion) {
-    completion(ResponseValue::make());
-}
-
-void ServeHotkeyFetch::handle(const std::shared_ptr<RequestValue>& request, const ASCompletion& completion) {
-    const auto& body = request->body;
-    const bool all = body && body->fetchAll.value_or(false);
-    if (!all && !(body && body->identifiers)) {
-        return refuse(completion, Code::invalidParameter, "neither fetchAll nor identifiers");
-    }
-    auto response = ResponseValue::make();
-    response->body = ResponseValue::Body::make();
-    auto& found = response->body->hotkeys.emplace();
-    for (const auto& [identifier, hotkey] : HelperState::shared().hotkeys) {
-        const auto wanted = [&] {
-            return std::find(body->identifiers->begin(), body->identifiers->end(), identifier) !=
-                   body->identifiers->end();
-        };
-        if (all || wanted()) found.push_back(hotkey);
-    }
-    completion(std::move(response));
-}
-
-void ServeHotkeyHandle::handle(const std::shared_ptr<RequestValue>& request, const ASCompletion& completion) {
-    const auto& hotkey = request->body ? request->body->hotkey : nullptr;
-    const auto& hotkeys = HelperState::shared().hotkeys;
-    if (!hotkey || !hotkey->identifier || !hotkeys.contains(*hotkey->identifier)) {
-        return refuse(completion, Code::invalidParameter, "that hotkey is not registered");
-    }
-    ZQLogInfo([&] { return "hotkey " + *hotkey->identifier + " was pressed"; });
-    completion(ResponseValue::make());
+std::vector<std::shared_ptr<ServedHotkey>> servedHotkeys() {
+    std::vector<std::shared_ptr<ServedHotkey>> hotkeys;
+    for (const auto& [identifier, hotkey] : HelperState::shared().hotkeys) hotkeys.push_back(hotkey);
+    return hotkeys;
 }
 
 }  // namespace demo

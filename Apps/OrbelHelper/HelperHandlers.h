@@ -1,10 +1,11 @@
 #pragma once
 
+#include "Apps/Common/CommonHandlers.h"
 #include "Classes/AppleScript/RequestCommand/ASCompletion.h"
-#include "Classes/AppleScript/RequestCommand/CommonRequests.h"
 #include "Classes/AppleScript/RequestCommand/OrbelHelperRequests.h"
 
-// The helper's handlers, one for each request that is addressed to it. They run on the queue of all commands.
+// The helper's handlers, one for each request that is addressed to it alone. They run on the queue of all
+// commands.
 namespace demo {
 
 struct ServeOpen : zqcore::OrbelHelperOpenRequest {
@@ -29,21 +30,6 @@ struct ServeSelectedText : zqcore::OrbelHelperSelectedTextRequest {
 
 struct ServeCurrentApp : zqcore::OrbelHelperCurrentAppRequest {
     using OrbelHelperCurrentAppRequest::OrbelHelperCurrentAppRequest;
-    static void handle(const std::shared_ptr<RequestValue>& request, const zqcore::ASCompletion& completion);
-};
-
-struct ServeLaunch : zqcore::CommonLaunchRequest {
-    using CommonLaunchRequest::CommonLaunchRequest;
-    static void handle(const std::shared_ptr<RequestValue>& request, const zqcore::ASCompletion& completion);
-};
-
-struct ServeHotkeyFetch : zqcore::CommonHotkeyFetchRequest {
-    using CommonHotkeyFetchRequest::CommonHotkeyFetchRequest;
-    static void handle(const std::shared_ptr<RequestValue>& request, const zqcore::ASCompletion& completion);
-};
-
-struct ServeHotkeyHandle : zqcore::CommonHotkeyHandleRequest {
-    using CommonHotkeyHandleRequest::CommonHotkeyHandleRequest;
     static void handle(const std::shared_ptr<RequestValue>& request, const zqcore::ASCompletion& completion);
 };
 

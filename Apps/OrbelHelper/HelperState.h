@@ -5,15 +5,15 @@
 #include <optional>
 #include <string>
 
+#include "Apps/Common/CommonHandlers.h"
 #include "Classes/AppleScript/RequestCommand/ASClient.h"
-#include "Classes/AppleScript/RequestCommand/CommonRequests.h"
 #include "Classes/AppleScript/RequestCommand/OrbelHelperRequests.h"
 
 namespace demo {
 
 /// What the resident helper remembers. Threads: handlers only, which run one at a time.
 struct HelperState {
-    using Hotkey = zqcore::CommonHotkeyFetchRequest::ResponseValue::Hotkey;
+    using Hotkey = ServedHotkey;
 
     // Told at the start: this demonstration can't ask the screen.
     std::shared_ptr<zqcore::ASClient> currentApp;

@@ -19,7 +19,8 @@ namespace zqcore {
 ///         if (!zqcore::ZQCrash::exportedReports().empty()) offerToSend();
 ///
 /// Threads: `install` once, at start; the rest on any. Failure: log lines only; the process goes on in any
-/// case.
+/// case. The capture is armed before the log is set up, so that a fault of that is captured too: what the
+/// platform itself has to tell meanwhile, such as a damaged Info.plist, goes to standard error only.
 class ZQ_EXPORT ZQCrash final {
   public:
     ZQCrash() = delete;

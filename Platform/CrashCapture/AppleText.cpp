@@ -56,7 +56,7 @@ std::string fileName(const std::string* path) { return path ? lastPathComponent(
 std::string tailText(const ReportFields& frame, KSAppleReportStyle style, const std::string* ownName) {
     const std::uint64_t address = frame.number("instruction_addr");
     const std::uint64_t base = frame.number("object_addr");
-    const std::string place = unpadded(base) + " + " + std::to_string(address - base);
+    std::string place = unpadded(base) + " + " + std::to_string(address - base);
     const std::string* symbol = frame.text("symbol_name");
     if (!symbol || style == KSAppleReportStyle::unsymbolicated) return place;
     const std::string name = *symbol + " + " + std::to_string(address - frame.number("symbol_addr"));

@@ -11,7 +11,7 @@ namespace {
 
 // Each step is entered from the completion of the one before, so that a filter may answer later. The list of
 // filters is shared by the steps: the pipeline itself may be gone by then.
-void runFrom(std::shared_ptr<const KSCrashReportFilterPipeline::Filters> filters, std::size_t index,
+void runFrom(const std::shared_ptr<const KSCrashReportFilterPipeline::Filters>& filters, std::size_t index,
              const KSCrashReports& reports, const KSCrashReportFilterCompletion& onCompletion) {
     if (index == filters->size()) {
         if (onCompletion) onCompletion(reports, true, std::nullopt);

@@ -38,7 +38,7 @@ std::optional<std::uint64_t> numberIn(std::string_view digits) {
 
 }  // namespace
 
-KSCrashReportStore::KSCrashReportStore(std::string path, std::string name)
+KSCrashReportStore::KSCrashReportStore(const std::string& path, std::string name)
     : directory_(stringByAppendingPathComponent(path, "Reports")), name_(std::move(name)) {}
 
 std::expected<void, NSError> KSCrashReportStore::prepare() {
@@ -93,7 +93,8 @@ Value::Dictionary KSCrashReportStore::read(std::uint64_t number) const {
     const NSFileManager& files = NSFileManager::defaultManager();
     const auto text = files.contentsAtPath(filePath(number, crash::kReportExtension));
     Value::Dictionary report = crash::parseStoredReport(text ? text->view() : std::string_view());
-    if (const auto lines = files.contentsAtPath(filePath(number, crash::kLogExtension)); lines && !lines->empty()) {
+    if (const auto lines = files.contentsAtPath(filePath(number, crash::kLogExtension));
+        lines && !lines->empty()) {
         Value* user = report.find("user");
         Value::Dictionary members =
             user && user->asDictionary() ? *user->asDictionary() : Value::Dictionary();

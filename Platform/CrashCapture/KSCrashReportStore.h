@@ -18,7 +18,7 @@ class KSCrashReportStore final {
   public:
     static constexpr std::size_t kMaximumCount = 5;
 
-    KSCrashReportStore(std::string path, std::string name);
+    KSCrashReportStore(const std::string& path, std::string name);
 
     /// Makes the directory and deletes all but the newest five reports.
     std::expected<void, NSError> prepare();

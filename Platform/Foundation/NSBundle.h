@@ -56,7 +56,7 @@ class ZQ_EXPORT NSBundle final {
 
   private:
     struct Information;
-    NSBundle(std::string executableFolder, bool isMain);
+    NSBundle(const std::string& executableFolder, bool isMain);
 
     std::string path_;
     std::vector<std::string> resources_;

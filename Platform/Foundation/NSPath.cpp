@@ -33,7 +33,7 @@ std::size_t extensionPoint(std::string_view path) {
 }  // namespace
 
 std::string lastPathComponent(std::string_view path) {
-    const std::string whole = normalized(path);
+    std::string whole = normalized(path);
     if (whole == "/") return whole;
     return whole.substr(whole.rfind('/') + 1);
 }

@@ -34,9 +34,9 @@ struct DDLogFileInfo {
 /// can't be read counts as not there.
 class ZQ_EXPORT DDLogFileManagerDefault final : public std::enable_shared_from_this<DDLogFileManagerDefault> {
   public:
-    /// `applicationName` is the NAME of the files.
-    [[nodiscard]] static std::shared_ptr<DDLogFileManagerDefault> make(std::string logsDirectory,
-                                                                       std::string applicationName);
+    /// `applicationName` is the NAME of the files. An absent directory is Logs/NAME in the user's caches.
+    [[nodiscard]] static std::shared_ptr<DDLogFileManagerDefault> make(
+        std::optional<std::string> logsDirectory, std::string applicationName);
 
     [[nodiscard]] const std::string& logsDirectory() const noexcept { return directory_; }
     /// Initially 5; 0 is no limit. A change starts a clean-up, which also makes the directory.

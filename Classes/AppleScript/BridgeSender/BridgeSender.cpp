@@ -1,11 +1,13 @@
 #include "Classes/AppleScript/BridgeSender/BridgeSender.h"
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <utility>
 
 #include "Classes/AppleScript/BridgeSender/BridgeApplication.h"
 #include "Classes/AppleScript/BridgeSender/BridgeDelegateHandler.h"
+#include "Classes/AppleScript/CaseName.h"
 #include "Classes/AppleScript/RequestCommand/ASAnswerVerdict.h"
 #include "Classes/Log/Log/ZQLog.h"
 #include "Platform/Dispatch/DispatchQueue.h"
@@ -85,25 +87,15 @@ void BridgeSender::send(ASRequestCarrier request, std::function<void(Status)> co
 }
 
 std::string_view caseName(BridgeSender::Status status) noexcept {
-    switch (status) {
-        case Status::success:
-            return "success";
-        case Status::fail:
-            return "fail";
-        case Status::notInstalled:
-            return "notInstalled";
-        case Status::encodeRequestFail:
-            return "encodeRequestFail";
-        case Status::notSupportRequest:
-            return "notSupportRequest";
-        case Status::appleScriptPermission:
-            return "appleScriptPermission";
-        case Status::decodeResponseFail:
-            return "decodeResponseFail";
-        case Status::notReachMinimumVersion:
-            return "notReachMinimumVersion";
-    }
-    return "";
+    static constexpr std::array<std::string_view, 8> kNames{"success",
+                                                            "fail",
+                                                            "notInstalled",
+                                                            "encodeRequestFail",
+                                                            "notSupportRequest",
+                                                            "appleScriptPermission",
+                                                            "decodeResponseFail",
+                                                            "notReachMinimumVersion"};
+    return caseNameIn(kNames, status);
 }
 
 }  // namespace zqcore

@@ -1,8 +1,10 @@
 #include "Classes/AppleScript/ScriptSender/AppleScriptInstaller.h"
 
+#include <array>
 #include <string_view>
 #include <utility>
 
+#include "Classes/AppleScript/CaseName.h"
 #include "Classes/Core/Utility/ZQPathFetcher.h"
 #include "Classes/Log/Log/ZQLog.h"
 #include "Platform/Foundation/NSFileManager.h"
@@ -146,23 +148,14 @@ void AppleScriptInstaller::callback(Status status, const Completion& completion)
 }
 
 std::string_view caseName(AppleScriptInstaller::Status status) noexcept {
-    switch (status) {
-        case Status::userCancel:
-            return "userCancel";
-        case Status::userChangeDirectory:
-            return "userChangeDirectory";
-        case Status::sourceFileNotExist:
-            return "sourceFileNotExist";
-        case Status::installPathNotFound:
-            return "installPathNotFound";
-        case Status::createScriptDirectoryFail:
-            return "createScriptDirectoryFail";
-        case Status::copyFail:
-            return "copyFail";
-        case Status::success:
-            return "success";
-    }
-    return "";
+    static constexpr std::array<std::string_view, 7> kNames{"userCancel",
+                                                            "userChangeDirectory",
+                                                            "sourceFileNotExist",
+                                                            "installPathNotFound",
+                                                            "createScriptDirectoryFail",
+                                                            "copyFail",
+                                                            "success"};
+    return caseNameIn(kNames, status);
 }
 
 }  // namespace zqcore

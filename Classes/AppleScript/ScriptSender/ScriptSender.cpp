@@ -1,8 +1,10 @@
 #include "Classes/AppleScript/ScriptSender/ScriptSender.h"
 
+#include <array>
 #include <optional>
 #include <string_view>
 
+#include "Classes/AppleScript/CaseName.h"
 #include "Classes/AppleScript/RequestCommand/ASAnswerVerdict.h"
 #include "Classes/Bundle/ZQCoreBundle.h"
 #include "Classes/Core/Extension/NSAppleEventDescriptorExtension.h"
@@ -104,27 +106,16 @@ std::shared_ptr<NSUserAppleScriptTask> ScriptSender::generateAppleScriptTask() c
 }
 
 std::string_view caseName(ScriptSender::Status status) noexcept {
-    switch (status) {
-        case Status::success:
-            return "success";
-        case Status::fail:
-            return "fail";
-        case Status::notInstalledApp:
-            return "notInstalledApp";
-        case Status::notInstalledAppleScript:
-            return "notInstalledAppleScript";
-        case Status::initializationFailed:
-            return "initializationFailed";
-        case Status::encodeRequestFail:
-            return "encodeRequestFail";
-        case Status::appleScriptPermission:
-            return "appleScriptPermission";
-        case Status::decodeResponseFail:
-            return "decodeResponseFail";
-        case Status::notReachMinimumVersion:
-            return "notReachMinimumVersion";
-    }
-    return "";
+    static constexpr std::array<std::string_view, 9> kNames{"success",
+                                                            "fail",
+                                                            "notInstalledApp",
+                                                            "notInstalledAppleScript",
+                                                            "initializationFailed",
+                                                            "encodeRequestFail",
+                                                            "appleScriptPermission",
+                                                            "decodeResponseFail",
+                                                            "notReachMinimumVersion"};
+    return caseNameIn(kNames, status);
 }
 
 }  // namespace zqcore

@@ -134,7 +134,7 @@ std::string ZQPathFetcher::userDefaultsPlistFilePath() {
 
 std::optional<std::string> ZQPathFetcher::applicationScriptsDirectory() {
     const auto name = parseUserName(NSHomeDirectory());
-    const auto path = originalApplicationScriptsDirectory();
+    auto path = originalApplicationScriptsDirectory();
     if (!path) {
         const std::string identifier = ZQInfo::appIdentifier();
         if (!name || identifier.empty()) return std::nullopt;

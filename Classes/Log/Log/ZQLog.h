@@ -53,7 +53,7 @@ template <Message T>
     if constexpr (std::invocable<T&>) {
         return std::string(message());
     } else if constexpr (std::same_as<T, std::string>) {
-        return std::move(message);
+        return std::forward<T>(message);
     } else {
         return std::string_view(message);
     }

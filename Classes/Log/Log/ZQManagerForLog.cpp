@@ -114,14 +114,12 @@ std::shared_ptr<DDLog> ZQManagerForLog::createDDLogWithName(std::string_view nam
 void ZQManagerForLog::configDDLog(DDLog& ddlog, std::string_view name) {
     initialize();
     ddlog.addLogger(DDOSLogger::sharedInstance());
-    if (const auto directory = logDirectoryWithName(name)) {
-        auto manager = DDLogFileManagerDefault::make(*directory, applicationName());
-        manager->setMaximumNumberOfLogFiles(kMaximumNumberOfLogFiles);
-        manager->setLogFilesDiskQuota(kLogFilesDiskQuota);
-        auto output = DDFileLogger::make(std::move(manager));
-        output->setLogFormatter(std::make_shared<ZQFileLogFormatter>());
-        ddlog.addLogger(std::move(output));
-    }
+    auto manager = DDLogFileManagerDefault::make(logDirectoryWithName(name), applicationName());
+    manager->setMaximumNumberOfLogFiles(kMaximumNumberOfLogFiles);
+    manager->setLogFilesDiskQuota(kLogFilesDiskQuota);
+    auto output = DDFileLogger::make(std::move(manager));
+    output->setLogFormatter(std::make_shared<ZQFileLogFormatter>());
+    ddlog.addLogger(std::move(output));
     // Built even if the level keeps it back.
     std::string text = banner(name);
     const std::uint64_t level = ZQDefaultLogLevel.load(std::memory_order_relaxed);

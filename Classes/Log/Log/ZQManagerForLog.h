@@ -32,7 +32,8 @@ class ZQ_EXPORT ZQManagerForLog final {
     [[nodiscard]] static const std::shared_ptr<DDLog>& sharedDDLog();
     /// A new configured logger on each call; for "Default" the shared one, for an empty name none.
     [[nodiscard]] static std::shared_ptr<DDLog> createDDLogWithName(std::string_view name);
-    /// Adds the two outputs to `ddlog` and writes the banner, if the level lets it.
+    /// Adds the two outputs to `ddlog` and writes the banner, if the level lets it. An empty name has no log
+    /// directory; the files then lie where the platform puts those of an application that names none.
     static void configDDLog(DDLog& ddlog, std::string_view name);
 
     [[nodiscard]] static std::string rootLogDirectory();

@@ -103,7 +103,7 @@ void findBuildId(std::uint64_t address, std::uint64_t size, LoadedImage& image) 
         const std::size_t content = name + padded(note.n_namesz);
         const std::size_t end = content + padded(note.n_descsz);
         if (end > length || end <= at) return;
-        constexpr std::string_view kOwner("GNU", 4);
+        constexpr std::string_view kOwner("GNU\0", 4);
         if (note.n_type == NT_GNU_BUILD_ID && note.n_namesz == kOwner.size() &&
             std::memcmp(notes.data() + name, kOwner.data(), kOwner.size()) == 0 &&
             note.n_descsz <= image.buildId.size()) {

@@ -133,7 +133,7 @@ void ReportWriter::quoted(std::string_view value) noexcept {
             const std::array<char, 2> escape{'\\', first};
             append({escape.data(), escape.size()});
         } else if (static_cast<unsigned char>(first) < 0x20) {
-            const auto code = static_cast<unsigned>(first);
+            const auto code = static_cast<unsigned char>(first);
             const std::array<char, 6> escape{
                 '\\', 'u', '0', '0', code < 16 ? '0' : '1', "0123456789abcdef"[code % 16]};
             append({escape.data(), escape.size()});

@@ -108,7 +108,7 @@ struct NSBundle::Information {
     }
 };
 
-NSBundle::NSBundle(std::string folder, bool isMain) : information_(std::make_unique<Information>()) {
+NSBundle::NSBundle(const std::string& folder, bool isMain) : information_(std::make_unique<Information>()) {
     const std::string parent = stringByDeletingLastPathComponent(folder);
     auto& candidates = information_->candidates;
     std::string contents;

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "Platform/Base/Clock.h"
+#include "Platform/Foundation/NSSearchPath.h"
 #include "Platform/Lumberjack/DDLogDateFormatter.h"
 #include "Platform/Lumberjack/Linux/LogQueue.h"
 
@@ -25,6 +26,12 @@ constexpr std::string_view kSuffix = ".log";
 // Log lines may hold what is nobody else's business.
 constexpr mode_t kFileMode = 0600;
 
+std::string defaultDirectory(const std::string& applicationName) {
+    const auto caches =
+        NSSearchPathForDirectoriesInDomains(NSSearchPathDirectory::caches, NSUserDomainMask, true);
+    return (caches.empty() ? NSTemporaryDirectory() : caches.front() + '/') + "Logs/" + applicationName;
+}
+
 /// The 2 of " 2", else 1.
 int ordinalIn(std::string_view text) {
     int ordinal = 1;
@@ -34,10 +41,11 @@ int ordinalIn(std::string_view text) {
 
 }  // namespace
 
-std::shared_ptr<DDLogFileManagerDefault> DDLogFileManagerDefault::make(std::string logsDirectory,
-                                                                       std::string applicationName) {
+std::shared_ptr<DDLogFileManagerDefault> DDLogFileManagerDefault::make(
+    std::optional<std::string> logsDirectory, std::string applicationName) {
+    auto directory = logsDirectory ? *std::move(logsDirectory) : defaultDirectory(applicationName);
     return std::shared_ptr<DDLogFileManagerDefault>(
-        new DDLogFileManagerDefault(std::move(logsDirectory), std::move(applicationName)));
+        new DDLogFileManagerDefault(std::move(directory), std::move(applicationName)));
 }
 
 DDLogFileManagerDefault::DDLogFileManagerDefault(std::string logsDirectory, std::string applicationName)

@@ -46,8 +46,8 @@ bool isSendableText(std::string_view text) noexcept {
 
 FileDescriptor makeSealedText(std::string_view text) noexcept {
     FileDescriptor file(::memfd_create("zqcore-text", MFD_CLOEXEC | MFD_ALLOW_SEALING));
-    if (!file || !writeAll(file.get(), text)) return {};
-    if (::fcntl(file.get(), F_ADD_SEALS, kSeals | F_SEAL_SEAL) != 0) return {};
+    if (!file || !writeAll(file.get(), text)) return FileDescriptor();
+    if (::fcntl(file.get(), F_ADD_SEALS, kSeals | F_SEAL_SEAL) != 0) return FileDescriptor();
     return file;
 }
 

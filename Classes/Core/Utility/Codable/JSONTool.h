@@ -133,6 +133,7 @@ class JSONModel : public Base {
     [[nodiscard]] std::optional<Data> encodeToJSONData(const Where& where = Where::current()) const {
         return JSONTool::encodeToData(self(), where);
     }
+    // It overrides the base's where there is one. NOLINTNEXTLINE(modernize-use-override)
     [[nodiscard]] std::optional<std::string> encodeToJSONString(const Where& where = Where::current()) const {
         return JSONTool::encodeToString(self(), where);
     }

@@ -113,6 +113,16 @@ TEST_F(ZQManagerForLogTest, GivesLoggersByName) {
     EXPECT_LT(file.find(" ● by a\n"), file.find(" ● by b\n"));
 }
 
+TEST_F(ZQManagerForLogTest, ANamelessLoggerHasTheFilesOfAnApplicationThatNamesNoFolder) {
+    const auto ddlog = DDLog::make();
+    ZQManagerForLog::configDDLog(*ddlog, "");
+    DDLog::flushLog();
+    const std::string logs = std::string(std::getenv("XDG_CACHE_HOME")) + "/Logs";
+    const auto folders = namesIn(logs);
+    ASSERT_EQ(folders.size(), 1U);
+    EXPECT_EQ(namesIn(logs + "/" + *folders.begin()).size(), 1U);
+}
+
 TEST_F(ZQManagerForLogTest, TheSharedLoggerIsSetUpOnceByWhomeverComesFirst) {
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) threads.emplace_back([i] { ZQLogInfo("thread " + std::to_string(i)); });
