@@ -34,10 +34,12 @@ class GlobalQueue final : public DispatchQueue {
     const DispatchQoS qos_;
 };
 
+constexpr std::string_view kDefaultRootLabel = "com.apple.root.default-qos";
+
 using SharedQueue = std::shared_ptr<DispatchQueue>;
 
-SharedQueue makeGlobal(const char* name, DispatchQoS qos) {
-    return std::make_shared<GlobalQueue>(std::string("com.apple.root.") + name + "-qos", qos);
+SharedQueue makeGlobal(std::string_view label, DispatchQoS qos) {
+    return std::make_shared<GlobalQueue>(std::string(label), qos);
 }
 
 }  // namespace
@@ -51,10 +53,11 @@ const std::shared_ptr<DispatchQueue>& DispatchQueue::main() { return MainQueue::
 const std::shared_ptr<DispatchQueue>& DispatchQueue::global(DispatchQoS qos) {
     // Never ended: workers may run their blocks while the process goes.
     static const auto& queues = *new std::array<SharedQueue, 5>{
-        makeGlobal("background", DispatchQoS::background), makeGlobal("utility", DispatchQoS::utility),
-        makeGlobal("default", DispatchQoS::standard),
-        makeGlobal("user-initiated", DispatchQoS::userInitiated),
-        makeGlobal("user-interactive", DispatchQoS::userInteractive)};
+        makeGlobal("com.apple.root.background-qos", DispatchQoS::background),
+        makeGlobal("com.apple.root.utility-qos", DispatchQoS::utility),
+        makeGlobal(kDefaultRootLabel, DispatchQoS::standard),
+        makeGlobal("com.apple.root.user-initiated-qos", DispatchQoS::userInitiated),
+        makeGlobal("com.apple.root.user-interactive-qos", DispatchQoS::userInteractive)};
     switch (qos) {
         case DispatchQoS::background:
             return queues[0];
@@ -75,7 +78,8 @@ void DispatchQueue::after(DispatchTime time, DispatchBlock block) {
 
 std::string_view DispatchQueue::currentLabel() noexcept {
     if (const DispatchQueue* queue = CurrentQueueScope::current()) return queue->label();
-    return isMainThread() ? main()->label() : global()->label();
+    // Not by way of the queues: crash capture asks in a signal handler, where none may be made.
+    return isMainThread() ? MainQueue::kLabel : kDefaultRootLabel;
 }
 
 DispatchBlockingScope::DispatchBlockingScope() noexcept : counted_(WorkerPool::shared().beginBlocking()) {}

@@ -50,8 +50,8 @@ class ZQ_EXPORT DispatchQueue : public std::enable_shared_from_this<DispatchQueu
     [[nodiscard]] virtual const std::string& label() const noexcept = 0;
     [[nodiscard]] virtual DispatchQoS qos() const noexcept = 0;
 
-    /// The label of the queue that the calling code runs on: the main queue's on the main thread outside any
-    /// block, that of a default root queue on a plain thread. It belongs to the queue, not to the thread.
+    /// The label of the queue (not the thread) that the calling code runs on: outside any block the main
+    /// queue's on the main thread, that of a default root queue elsewhere. Safe in a signal handler.
     [[nodiscard]] static std::string_view currentLabel() noexcept;
 };
 

@@ -38,13 +38,21 @@
 #include "Platform/Lumberjack/DDLogger.h"
 #include "Platform/Lumberjack/DDOSLogger.h"
 
+// The sanitizers leave the fatal signals to the handlers under test. A process that dies of them leaks.
+#define ZQ_HANDS_OFF                                                                                 \
+    "handle_segv=0:handle_abort=0:handle_sigbus=0:handle_sigill=0:handle_sigfpe=0:handle_sigtrap=0:" \
+    "detect_leaks=0"
+extern "C" ZQ_EXPORT const char* __asan_default_options() { return ZQ_HANDS_OFF; }
+extern "C" ZQ_EXPORT const char* __tsan_default_options() { return ZQ_HANDS_OFF; }
+
 namespace childfaults {
 
-// Named so that a report's symbols can be looked for; none may be folded away.
+// Named so that a report's symbols can be looked for; none may be folded away, and no sanitizer may speak up
+// before the fault.
 #if defined(__clang__)
-#define ZQ_KEEP __attribute__((noinline, used))
+#define ZQ_KEEP __attribute__((noinline, used, no_sanitize("address", "thread", "undefined")))
 #else
-#define ZQ_KEEP __attribute__((noinline, noclone, used))
+#define ZQ_KEEP __attribute__((noinline, noclone, used, no_sanitize("address,thread,undefined")))
 #endif
 
 class OddError final : public std::runtime_error {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Platform/Dispatch/DispatchQueue.h"
@@ -17,6 +18,8 @@ namespace zqcore::platform {
 /// nested in it goes on with the rest.
 class MainQueue final : public DispatchQueue {
   public:
+    static constexpr std::string_view kLabel = "com.apple.main-thread";
+
     static MainQueue& shared();
     static const std::shared_ptr<DispatchQueue>& sharedPointer();
 
@@ -43,7 +46,7 @@ class MainQueue final : public DispatchQueue {
   private:
     void setReadable() noexcept;
 
-    const std::string label_ = "com.apple.main-thread";
+    const std::string label_{kLabel};
     const int descriptor_;
     std::mutex mutex_;
     std::vector<DispatchBlock> incoming_;
