@@ -20,7 +20,7 @@ int strip(std::span<const std::string> arguments) {
     const std::string& word = parsed->words()[0];
     const auto text = readTextArgument(word);
     if (!text) return kUnreadable;
-    std::string stripped = zq_stringByReplacingEmojiWithString(*text, parsed->value("with").value_or(""));
+    std::string stripped = zq_stringByReplaceingEmojiWithString(*text, parsed->value("with").value_or(""));
     // A text from standard input brings its own line ends.
     if (parsed->has("raw")) return finishWithBytes(stripped, word != "-");
     Value::Dictionary result;

@@ -2,8 +2,10 @@
 // fresh memory as a caller meets it. Sizes and speeds count the text.
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "Platform/Foundation/Text/Base64.h"
 
@@ -19,36 +21,47 @@ std::string picture(std::int64_t textSize) {
     return bytes;
 }
 
-void count(benchmark::State& state) { state.SetBytesProcessed(state.iterations() * state.range(0)); }
+void count(benchmark::State& state, std::int64_t size) { state.SetBytesProcessed(state.iterations() * size); }
 
-void Base64Encode(benchmark::State& state) {
-    const auto bytes = picture(state.range(0));
+void encodeOurs(benchmark::State& state, std::int64_t size) {
+    const auto bytes = picture(size);
     for (auto _ : state) benchmark::DoNotOptimize(encodeBase64(bytes));
-    count(state);
+    count(state, size);
 }
-BENCHMARK(Base64Encode)->Arg(64)->Arg(4 << 10)->Arg(4 << 20);
 
-void Base64Decode(benchmark::State& state) {
-    const auto text = encodeBase64(picture(state.range(0)));
+void decodeOurs(benchmark::State& state, std::int64_t size) {
+    const auto text = encodeBase64(picture(size));
     for (auto _ : state) benchmark::DoNotOptimize(decodeBase64(text));
-    count(state);
+    count(state, size);
 }
-BENCHMARK(Base64Decode)->Arg(64)->Arg(4 << 10)->Arg(4 << 20);
 
-void Base64DecodeLines(benchmark::State& state) {
-    auto text = encodeBase64(picture(state.range(0)));
+void decodeLinesOurs(benchmark::State& state, std::int64_t size) {
+    const auto text = encodeBase64(picture(size));
     std::string lines;
     for (std::size_t at = 0; at < text.size(); at += 76) lines += text.substr(at, 76) + "\r\n";
     for (auto _ : state) benchmark::DoNotOptimize(decodeBase64(lines));
-    count(state);
+    count(state, size);
 }
-BENCHMARK(Base64DecodeLines)->Arg(4 << 20);
 
-void CopyOfTheText(benchmark::State& state) {
-    const auto text = encodeBase64(picture(state.range(0)));
+void copyOfTheText(benchmark::State& state, std::int64_t size) {
+    const auto text = encodeBase64(picture(size));
     for (auto _ : state) benchmark::DoNotOptimize(std::string(text));
-    count(state);
+    count(state, size);
 }
-BENCHMARK(CopyOfTheText)->Arg(64)->Arg(4 << 10)->Arg(4 << 20);
+
+const bool registered = [] {
+    using Run = void (*)(benchmark::State&, std::int64_t);
+    const std::pair<const char*, Run> kRuns[] = {
+        {"base64/encode", encodeOurs}, {"base64/decode", decodeOurs}, {"base64/lines", decodeLinesOurs}};
+    constexpr std::pair<const char*, std::int64_t> kSizes[] = {{"64", 64}, {"4k", 4 << 10}, {"4mb", 4 << 20}};
+    for (const auto& [group, ours] : kRuns) {
+        for (const auto& [name, size] : kSizes) {
+            const auto full = std::string(group) + "/" + name;
+            benchmark::RegisterBenchmark((full + "/ours").c_str(), ours, size);
+            benchmark::RegisterBenchmark((full + "/copy").c_str(), copyOfTheText, size);
+        }
+    }
+    return true;
+}();
 
 }  // namespace

@@ -29,9 +29,9 @@ bool zq_containsEmoji(std::string_view text) noexcept {
     return isListedKeycap(text) || countsAsEmoji(firstScalar(text).value);
 }
 
-std::string zq_removingEmoji(std::string_view text) { return zq_stringByReplacingEmojiWithString(text, {}); }
+std::string zq_removingEmoji(std::string_view text) { return zq_stringByReplaceingEmojiWithString(text, {}); }
 
-std::string zq_stringByReplacingEmojiWithString(std::string_view text, std::string_view replacement) {
+std::string zq_stringByReplaceingEmojiWithString(std::string_view text, std::string_view replacement) {
     std::string result;
     result.reserve(text.size());
     std::size_t copied = 0;

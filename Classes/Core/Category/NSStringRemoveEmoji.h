@@ -26,8 +26,8 @@ namespace zqcore {
 [[nodiscard]] ZQ_EXPORT std::string zq_removingEmoji(std::string_view text);
 
 /// `text` with `replacement` once in the place of each emoji sequence.
-[[nodiscard]] ZQ_EXPORT std::string zq_stringByReplacingEmojiWithString(std::string_view text,
-                                                                        std::string_view replacement);
+[[nodiscard]] ZQ_EXPORT std::string zq_stringByReplaceingEmojiWithString(std::string_view text,
+                                                                         std::string_view replacement);
 
 /// The emoji sequences of `text` in order: joined, one by one, and as ranges in the form "{5, 2}", location
 /// and length in UTF-16 units.

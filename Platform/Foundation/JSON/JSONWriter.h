@@ -27,6 +27,8 @@ class ZQ_EXPORT JSONWriter final {
     JSONWriter(const JSONWriter&) = delete;
     JSONWriter& operator=(const JSONWriter&) = delete;
 
+    [[nodiscard]] Purpose purpose() const noexcept { return purpose_; }
+
     void null();
     void boolean(bool value);
     void integer(std::int64_t value);

@@ -38,6 +38,24 @@ namespace optiondetail {
 /// An empty value that is to be written by itself, outside of a field.
 ZQ_EXPORT void logEmptyEncode(std::string_view typeName);
 ZQ_EXPORT void logDecodeError(std::string_view typeName, const JSONError& error);
+ZQ_EXPORT void logEncodeError(std::string_view typeName, const JSONError& error);
+
+/// Writes the value in its own kind. One that JSON can't express, such as a NaN, is one line at error level
+/// and stands as an empty object, so that it doesn't take the record around it along.
+template <class Coder, class T>
+void encode(JSONWriter& writer, const T& value) {
+    if (writer.purpose() == JSONWriter::Purpose::json) {
+        // Tried apart, since a failure in the writer is for good.
+        JSONWriter own;
+        JSONCoder<T>::encode(own, value);
+        if (const auto& error = own.error()) {
+            logEncodeError(fullTypeName<Coder>(), *error);
+            if (writer.beginObject()) writer.endObject();
+            return;
+        }
+    }
+    JSONCoder<T>::encode(writer, value);
+}
 
 }  // namespace optiondetail
 

@@ -173,15 +173,25 @@ bool CPOptionImpl::OptionCGFloat::optionDecode(JSONReader& reader, std::optional
 }
 
 void CPOptionImpl::OptionString::optionEncode(JSONWriter& writer, const std::string& value) {
-    writer.string(value);
+    optiondetail::encode<OptionString>(writer, value);
 }
 void CPOptionImpl::OptionBool::optionEncode(JSONWriter& writer, bool value) { writer.boolean(value); }
 void CPOptionImpl::OptionInt::optionEncode(JSONWriter& writer, std::int64_t value) { writer.integer(value); }
-void CPOptionImpl::OptionDouble::optionEncode(JSONWriter& writer, double value) { writer.real(value); }
-void CPOptionImpl::OptionCGFloat::optionEncode(JSONWriter& writer, double value) { writer.real(value); }
+void CPOptionImpl::OptionDouble::optionEncode(JSONWriter& writer, double value) {
+    optiondetail::encode<OptionDouble>(writer, value);
+}
+void CPOptionImpl::OptionCGFloat::optionEncode(JSONWriter& writer, double value) {
+    optiondetail::encode<OptionCGFloat>(writer, value);
+}
 
 void optiondetail::logEmptyEncode(std::string_view typeName) {
     ZQLogError([&] { return std::string(typeName) + " encode 异常，理论上不该走这个分支"; });
+}
+
+void optiondetail::logEncodeError(std::string_view typeName, const JSONError& error) {
+    ZQLogError([&] {
+        return "CPOptionCodable " + std::string(typeName) + " encode catch error: " + error.description();
+    });
 }
 
 void optiondetail::logDecodeError(std::string_view typeName, const JSONError& error) {

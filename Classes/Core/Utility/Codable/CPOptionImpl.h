@@ -68,7 +68,9 @@ class ZQ_EXPORT CPOptionImpl final {
             optiondetail::logDecodeError(fullTypeName<OptionX>(), own.error().value_or(JSONError{}));
             return true;
         }
-        static void optionEncode(JSONWriter& writer, const T& value) { JSONCoder<T>::encode(writer, value); }
+        static void optionEncode(JSONWriter& writer, const T& value) {
+            optiondetail::encode<OptionX>(writer, value);
+        }
     };
 };
 

@@ -94,7 +94,7 @@ TEST(NSStringRemoveEmojiTest, TakesWholeSequencesAndNothingElse) {
         EXPECT_EQ(zq_allEmojiRanges(text), ranges) << text;
         EXPECT_EQ(zq_allEmoji(text).size(), ranges.size()) << text;
     }
-    EXPECT_EQ(zq_stringByReplacingEmojiWithString("a" + family + "😀b", "[e]"), "a[e][e]b");
+    EXPECT_EQ(zq_stringByReplaceingEmojiWithString("a" + family + "😀b", "[e]"), "a[e][e]b");
 }
 
 /// The rule as it reads: cut the whole text, judge each piece.

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <memory>
 #include <thread>
+#include <vector>
 
 #include "Classes/Core/Utility/DispatchTimeLiterals.h"
 #include "TestKit/ManualClock.h"
@@ -112,6 +114,39 @@ TEST_F(GCDTimerTest, FireAndInvalidateRaceHarmlessly) {
     }
     clock_.advance(1s);
     EXPECT_EQ(fired_, 0);
+}
+
+TEST_F(GCDTimerTest, NoneOfTenThousandMissesOrDoublesAFiring) {
+    constexpr int kTimers = 10'000;
+    struct Storm {
+        std::shared_ptr<GCDTimer> timer;
+        int fired = 0;
+        int misplaced = 0;
+    };
+    std::vector<Storm> storms(kTimers);
+    const auto start = clock_.now();
+    const auto period = [](int index) { return 1ms * (20 + index % 83); };
+    for (int i = 0; i < kTimers; ++i) {
+        auto& storm = storms[static_cast<std::size_t>(i)];
+        const double interval = std::chrono::duration<double>(period(i)).count();
+        // Half of them once, on two queues.
+        storm.timer = GCDTimer::make(interval, i % 2 == 0, i % 3 == 0 ? DispatchQueue::global() : queue_,
+                                     [&storm, &clock = clock_, start, every = period(i)](GCDTimer&) {
+                                         ++storm.fired;
+                                         if (clock.now() - start != storm.fired * every) ++storm.misplaced;
+                                     });
+        storm.timer->fire();
+    }
+    clock_.advance(300ms);
+    int wrong = 0;
+    for (int i = 0; i < kTimers; ++i) {
+        const auto& storm = storms[static_cast<std::size_t>(i)];
+        const auto due = i % 2 == 0 ? 300ms / period(i) : 1;
+        if (storm.fired != due || storm.misplaced != 0) ++wrong;
+    }
+    EXPECT_EQ(wrong, 0);
+    for (auto& storm : storms) storm.timer.reset();
+    clock_.advance(1s);
 }
 
 TEST_F(GCDTimerTest, LiteralsCountFromNow) {

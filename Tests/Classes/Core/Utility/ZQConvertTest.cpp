@@ -57,6 +57,28 @@ TEST(ZQConvertTest, WritesHexadecimalText) {
     EXPECT_EQ(ZQConvert::dataFromHexString(toHexUpperString(data)), data);
 }
 
+TEST(ZQConvertTest, HexadecimalTextIsReadWhollyOrNotAtAll) {
+    const unsigned seed = std::random_device{}();
+    std::mt19937 random(seed);
+    for (int round = 0; round < 20'000; ++round) {
+        std::string raw(random() % 40, '\0');
+        for (char& byte : raw) byte = static_cast<char>(random());
+        const Data data(raw);
+        auto text = round % 2 == 0 ? toHexLowerString(data) : toHexUpperString(data);
+        ASSERT_EQ(text.size(), 2 * raw.size());
+        ASSERT_EQ(ZQConvert::dataFromHexString(text), data) << "seed " << seed << " text " << text;
+        if (text.empty()) continue;
+        // Any ASCII character in the place of a digit.
+        char& digit = text[random() % text.size()];
+        digit = static_cast<char>(random() % 128);
+        ASSERT_EQ(ZQConvert::dataFromHexString(text).has_value(),
+                  std::isxdigit(static_cast<unsigned char>(digit)) != 0)
+            << "seed " << seed << " text " << text;
+        text.pop_back();
+        ASSERT_EQ(ZQConvert::dataFromHexString(text), std::nullopt) << "seed " << seed << " text " << text;
+    }
+}
+
 TEST(ZQConvertTest, ReadsBase64AroundForeignCharacters) {
     const struct {
         std::string_view text;

@@ -139,5 +139,19 @@ TEST(CPOptionTest, WritesItsOwnKindAndLeavesTheEmptyOut) {
     EXPECT_TRUE(capture.contains(" encode 异常，理论上不该走这个分支")) << capture;
 }
 
+TEST(CPOptionTest, WhatCannotBeWrittenIsToldAndHarmsNothingElse) {
+    LogCapture capture;
+    auto model = decoded(R"({"real":"nan","integer":1,"after":2})");
+    model.string.wrappedValue = "\xFF";
+    capture.clear();
+    EXPECT_EQ(JSONEncoder().encode(model)->view(), R"({"string":{},"integer":1,"real":{},"after":2})");
+    const auto messages = capture.messages(LogCapture::error);
+    ASSERT_EQ(messages.size(), 2U) << capture;
+    EXPECT_TRUE(messages[0].starts_with("CPOptionCodable ") &&
+                messages[0].find("OptionString encode catch error: ") != std::string::npos)
+        << messages[0];
+    EXPECT_NE(messages[1].find("OptionDouble encode catch error: "), std::string::npos) << messages[1];
+}
+
 }  // namespace
 }  // namespace zqcore
