@@ -29,6 +29,26 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/ZQCoreConfigVersion.cmake C
 install(FILES ${CMAKE_BINARY_DIR}/ZQCoreConfig.cmake ${CMAKE_BINARY_DIR}/ZQCoreConfigVersion.cmake
     cmake/ZQInfoPlist.cmake DESTINATION ${package_dir})
 
+# What makes an application known, and started when it is asked for something: a desktop entry and a service of the
+# session bus. Written at installation, since only that knows the prefix.
+function(zq_install_startable identifier name program)
+    install(CODE "
+        set(identifier \"${identifier}\")
+        set(name \"${name}\")
+        set(program \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/${program}\")
+        set(data \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}\")
+        configure_file(\"${CMAKE_SOURCE_DIR}/cmake/application.desktop.in\"
+            \"\${data}/applications/${identifier}.desktop\" @ONLY)
+        configure_file(\"${CMAKE_SOURCE_DIR}/cmake/application.service.in\"
+            \"\${data}/dbus-1/services/${identifier}.service\" @ONLY)")
+endfunction()
+if(ZQ_APPS)
+    zq_install_startable(com.tessaradev.Orbel Orbel orbel)
+    zq_install_startable(com.tessaradev.OrbelHelper "Orbel Helper" orbel-helper)
+endif()
+
+# Found from where it lies, so that the prefix may still change.
+file(RELATIVE_PATH pc_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/zqcore.pc.in ${CMAKE_BINARY_DIR}/zqcore.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/zqcore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
@@ -39,5 +59,7 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Foundation library of a desktop translati
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+# Staged below DESTDIR, so that what is written at installation names the final paths.
+set(CPACK_SET_DESTDIR ON)
+set(CPACK_INSTALL_PREFIX /usr)
 include(CPack)
