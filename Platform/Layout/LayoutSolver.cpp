@@ -17,6 +17,12 @@ constexpr double kEpsilon = LayoutTableau::kEpsilon;
 constexpr double kContradiction = 1e-6;  // points
 constexpr int kNone = -1;
 
+/// What is no number, or beyond all screens, would spoil every sum that it enters.
+double sane(double constant) {
+    constexpr double kFar = 1e9;
+    return std::isnan(constant) ? 0 : std::clamp(constant, -kFar, kFar);
+}
+
 /// Compares what two symbols cost per unit of help, strongest level first.
 bool cheaper(const LayoutTableau& tableau, int a, double perA, int b, double perB) {
     for (const LayoutTableau::Level& level : tableau.levels()) {
@@ -28,7 +34,7 @@ bool cheaper(const LayoutTableau& tableau, int a, double perA, int b, double per
 }
 
 /// The basic symbol that reaches 0 first when `entering` grows; none if nothing stops it. The lowest number
-/// wins a tie, which together with the lowest entering one rules out going round in circles (Bland's rule).
+/// wins a tie.
 int firstToLeave(LayoutTableau& tableau, int entering) {
     int leaving = kNone;
     double least = std::numeric_limits<double>::infinity();
@@ -72,6 +78,8 @@ struct LayoutSolver::Machine {
     int bestLift(const Row& row) const;
     bool helps(int symbol, std::size_t depth) const;
     void optimize();
+    // More moves than any system needs; only rounding could lead to as many.
+    [[nodiscard]] int moveLimit() const { return 100 + 20 * tableau.symbolCount(); }
 };
 
 LayoutSolver::LayoutSolver() : machine_(std::make_unique<Machine>()) {}
@@ -83,6 +91,7 @@ LayoutSolver::Variable LayoutSolver::addVariable() { return machine_->tableau.ad
 std::optional<LayoutSolver::Constraint> LayoutSolver::addConstraint(std::span<const Term> terms,
                                                                     Relation relation, double constant,
                                                                     double priority) {
+    constant = sane(constant);
     machine_->restoreFeasibility();
     LayoutTableau& tableau = machine_->tableau;
     Row expression;
@@ -111,6 +120,7 @@ std::optional<LayoutSolver::Constraint> LayoutSolver::addConstraint(std::span<co
 
 LayoutSolver::Constraint LayoutSolver::addWish(Variable variable, double constant, double notAbove,
                                                double notBelow) {
+    constant = sane(constant);
     machine_->restoreFeasibility();
     LayoutTableau& tableau = machine_->tableau;
     Entry entry;
@@ -125,7 +135,7 @@ LayoutSolver::Constraint LayoutSolver::addWish(Variable variable, double constan
     tableau.addTo(expression, variable, 1);
     tableau.addTo(expression, entry.marker, -1);
     tableau.addTo(expression, entry.other, 1);
-    return *machine_->admit(std::move(expression), entry);  // its errors can always take up the difference
+    return *machine_->admit(std::move(expression), entry);  // errors can always take up the difference
 }
 
 // The symbol that "0 = expression" is solved for; none if that takes a search.
@@ -192,8 +202,9 @@ bool LayoutSolver::Machine::admitThroughArtificial(Row expression) {
     tableau.addTo(expression, artificial, -1);
     tableau.insert(std::move(expression), artificial);
 
+    int moves = 0;
     while (const Row* row = tableau.rowOf(artificial)) {
-        if (row->constant < kEpsilon) break;
+        if (row->constant < kEpsilon || ++moves > moveLimit()) break;
         const auto lowers = std::find_if(row->terms.begin(), row->terms.end(), [&](const auto& term) {
             return term.coefficient < -kEpsilon && tableau.mayEnter(term.symbol);
         });
@@ -267,6 +278,7 @@ void LayoutSolver::removeConstraint(Constraint constraint) {
 void LayoutSolver::setConstant(Constraint constraint, double constant) {
     Machine& machine = *machine_;
     Entry& entry = machine.entries[constraint];
+    constant = sane(constant);
     const double change = constant - entry.constant;
     if (change == 0) return;
     if (!machine.optimal) machine.optimize();
@@ -320,8 +332,8 @@ bool LayoutSolver::Machine::restoreFeasibility() {
         const Row* row = tableau.rowOf(leaving);
         if (!row || row->constant >= -kEpsilon) continue;
         const int entering = bestLift(*row);
-        // So many moves mean going round in circles; a new solver doesn't.
-        if (entering == kNone || ++moves > 10 * tableau.symbolCount()) {
+        // A new solver doesn't go round in circles, if this one does.
+        if (entering == kNone || ++moves > moveLimit()) {
             contradicted = true;
             break;
         }
@@ -354,7 +366,7 @@ void LayoutSolver::Machine::optimize() {
         int symbol = 0;
         int untried = tableau.symbolCount();
         int moves = 0;
-        while (untried > 0) {
+        while (untried > 0 && moves < moveLimit()) {
             const int candidate = symbol;
             symbol = symbol + 1 == tableau.symbolCount() ? 0 : symbol + 1;
             --untried;
@@ -363,7 +375,7 @@ void LayoutSolver::Machine::optimize() {
             if (leaving == kNone) continue;
             tableau.pivot(leaving, candidate);
             untried = tableau.symbolCount();
-            if (++moves > 4 * untried) symbol = 0;
+            if (++moves > moveLimit() / 2) symbol = 0;
         }
     }
 }

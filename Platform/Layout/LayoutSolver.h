@@ -14,7 +14,8 @@ namespace zqcore::platform {
 /// Constraint Solving Algorithm, 2001). Every priority is a level of its own: the sum of what is missed on a
 /// level decides before anything on a lower one, and no number of lower wishes outweighs a higher one.
 /// The same calls in the same order give the same answer.
-/// Threads: one at a time. Failure: a required constraint that contradicts the earlier ones is refused.
+/// Threads: one at a time. Failure: a required constraint that contradicts the earlier ones is refused; a
+/// constant that is no number counts as 0, and one beyond 1e9 as that.
 class ZQ_EXPORT LayoutSolver final {
   public:
     using Variable = int;

@@ -19,9 +19,10 @@ LayoutEngine::System::System(LayoutItem& root, Purpose purpose, std::set<std::ui
     }
     std::sort(constraints.begin(), constraints.end(),
               [](const auto* a, const auto* b) { return a->age_ < b->age_; });
+    // Sizes first: what follows then speaks of few symbols, not of every size before it.
+    addContentSizes();
     addEquations(constraints, true);
     addEquations(constraints, false);
-    addContentSizes();
     if (purpose_ == Purpose::fittingSize) {
         for (const Component component : {width, height}) {
             solver.addWish(variableOf(nodes[kRoot], component), 0, NSLayoutPriorityFittingSizeCompression,

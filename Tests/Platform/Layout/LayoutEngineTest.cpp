@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "Tests/Platform/Layout/TestItem.h"
 
 namespace zqcore::platform {
@@ -226,6 +228,21 @@ TEST_F(LayoutEngineTest, ADetachedRootTakesItsSolvedSize) {
     pill.setTranslatesAutoresizingMaskIntoConstraints(false);
     pill.layout();
     EXPECT_EQ(pill.layoutFrame(), (CGRect{{11, 12}, {114, 32}}));
+}
+
+TEST_F(LayoutEngineTest, NumbersThatAreNoneSpoilNothing) {
+    std::shared_ptr<MadeConstraint> left;
+    snp(first).makeConstraints([&](ConstraintMaker& make) {
+        left = make.left().equalTo(snp(second).right()).offset(NAN).constraint();
+        make.width().equalTo(INFINITY).priority(50);
+        make.width().lessThanOrEqualTo(30);
+    });
+    second.setFrame({{NAN, 0}, {-INFINITY, 8}});
+    root.layout();
+    second.setFrame({{5, 0}, {7, 8}});
+    left->updateOffset(2);
+    root.layout();
+    EXPECT_EQ(first.layoutFrame(), (CGRect{{14, 2}, {30, 4}}));
 }
 
 TEST_F(LayoutEngineTest, NothingIsSolvedOrSetWithoutAChange) {
