@@ -98,7 +98,8 @@ class ZQ_EXPORT NSImage final : public NSObject {
     void drawInRect(const CGRect& rect) const;
 
     /// Makes a bitmap of size times the main screen's scale, with the image drawn on it, the current context
-    /// of this thread; `unlockFocus` makes it the one form. An image without area stays as it is.
+    /// of this thread; `unlockFocus` makes it the one form. An image without area stays as it is, and there
+    /// is no current context meanwhile.
     void lockFocus();
     void unlockFocus();
 

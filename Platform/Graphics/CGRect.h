@@ -1,20 +1,13 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 
 #include "Platform/Base/CGGeometry.h"
 #include "Platform/Base/Export.h"
+#include "Platform/Base/NSRange.h"
 
 // Arithmetic on rectangles, under the platform's names. Threads: any; nothing fails.
 namespace zqcore::platform {
-
-/// A run of UTF-16 units of a text.
-struct NSRange {
-    std::size_t location = 0;
-    std::size_t length = 0;
-    friend bool operator==(const NSRange&, const NSRange&) = default;
-};
 
 [[nodiscard]] constexpr CGRect CGRectMake(CGFloat x, CGFloat y, CGFloat width, CGFloat height) noexcept {
     return {{x, y}, {width, height}};

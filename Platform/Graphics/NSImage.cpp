@@ -171,28 +171,32 @@ void NSImage::drawInRect(const CGRect& rect) const {
 }
 
 void NSImage::lockFocus() {
-    const double scale = mainScreenScale();
+    if (focus_) return;
     const CGSize points = size();
+    const double scale = mainScreenScale();
     NSBitmapImageRep::Format format;
-    if (focus_ || !hasArea(points) || points.width * scale > PixelBuffer::kLargestSide ||
-        points.height * scale > PixelBuffer::kLargestSide) {
-        return;
+    constexpr double largest = PixelBuffer::kLargestSide;
+    if (hasArea(points) && points.width * scale <= largest && points.height * scale <= largest) {
+        format.pixelsWide = std::llround(std::ceil(points.width * scale));
+        format.pixelsHigh = std::llround(std::ceil(points.height * scale));
     }
-    format.pixelsWide = std::llround(std::ceil(points.width * scale));
-    format.pixelsHigh = std::llround(std::ceil(points.height * scale));
     auto bitmap = NSBitmapImageRep::make(format);
     const auto context = bitmap ? bitmap->makeContext() : nullptr;
-    if (!context) return;
-    bitmap->setSize(points);
-    context->scaleBy(CGFloat(format.pixelsWide) / points.width, CGFloat(format.pixelsHigh) / points.height);
-    draw(*context, {{}, points});
+    if (context) {
+        bitmap->setSize(points);
+        context->scaleBy(CGFloat(format.pixelsWide) / points.width,
+                         CGFloat(format.pixelsHigh) / points.height);
+        draw(*context, {{}, points});
+    }
+    // Without a bitmap there is no current context until the focus ends, so that what is drawn for this image
+    // doesn't land on the one outside.
     focus_ =
         std::shared_ptr<NSImageFocus>(new NSImageFocus{std::move(bitmap), GraphicsContextScope(context)});
 }
 
 void NSImage::unlockFocus() {
     if (!focus_) return;
-    representations_.assign(1, focus_->bitmap);
+    if (focus_->bitmap) representations_.assign(1, focus_->bitmap);
     focus_.reset();
 }
 

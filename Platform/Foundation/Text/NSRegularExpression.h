@@ -1,11 +1,15 @@
 #pragma once
 
+#include <expected>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Platform/Base/Export.h"
+#include "Platform/Base/NSError.h"
+#include "Platform/Base/NSRange.h"
 #include "Platform/Foundation/Text/TextRange.h"
 
 namespace zqcore::platform {
@@ -20,6 +24,9 @@ class ZQ_EXPORT NSRegularExpression final {
 
     [[nodiscard]] static std::shared_ptr<const NSRegularExpression> make(std::string_view pattern,
                                                                          Options options = none);
+    /// The same; an invalid pattern gives what is wrong with it and where (NSCocoaErrorDomain 2048).
+    [[nodiscard]] static std::expected<std::shared_ptr<const NSRegularExpression>, NSError>
+    regularExpressionWithPattern(std::string_view pattern, Options options = none);
     ~NSRegularExpression();
     NSRegularExpression(const NSRegularExpression&) = delete;
     NSRegularExpression& operator=(const NSRegularExpression&) = delete;
@@ -29,6 +36,9 @@ class ZQ_EXPORT NSRegularExpression final {
 
     /// The first match that lies within `range`, which also bounds what `^` and look-behind see.
     [[nodiscard]] std::optional<TextRange> rangeOfFirstMatch(std::string_view text, TextRange range) const;
+
+    /// All matches in `text`, in order and none overlapping, in UTF-16 units.
+    [[nodiscard]] std::vector<NSRange> matchesInString(std::string_view text) const;
 
     /// `text` with every match replaced. In the template `$0` is the match and `$n` a group, with further
     /// digits only while there is such a group; a group without part in the match is empty, a `$` without

@@ -6,6 +6,8 @@
 
 #include <limits>
 
+#include "Platform/Foundation/Text/Utf16.h"
+
 namespace zqcore::platform {
 namespace {
 
@@ -63,6 +65,11 @@ void appendExpansion(icu::UnicodeString& result, const icu::UnicodeString& repla
     }
 }
 
+NSError invalidPattern(const std::string& why) {
+    constexpr long formattingError = 2048;
+    return {NSCocoaErrorDomain, formattingError, "The pattern is invalid: " + why};
+}
+
 }  // namespace
 
 struct NSRegularExpression::Compiled {
@@ -74,15 +81,26 @@ NSRegularExpression::NSRegularExpression(std::unique_ptr<Compiled> compiled) noe
 
 NSRegularExpression::~NSRegularExpression() = default;
 
-std::shared_ptr<const NSRegularExpression> NSRegularExpression::make(std::string_view pattern,
-                                                                     Options options) {
-    if (pattern.size() > kLongestText) return nullptr;
+std::expected<std::shared_ptr<const NSRegularExpression>, NSError>
+NSRegularExpression::regularExpressionWithPattern(std::string_view pattern, Options options) {
+    if (pattern.size() > kLongestText) return std::unexpected(invalidPattern("too long"));
     UErrorCode status = U_ZERO_ERROR;
+    UParseError place{};
     const std::uint32_t flags = options & caseInsensitive ? std::uint32_t{UREGEX_CASE_INSENSITIVE} : 0U;
-    std::unique_ptr<icu::RegexPattern> compiled(icu::RegexPattern::compile(fromUTF8(pattern), flags, status));
-    if (U_FAILURE(status) || !compiled) return nullptr;
+    std::unique_ptr<icu::RegexPattern> compiled(
+        icu::RegexPattern::compile(fromUTF8(pattern), flags, place, status));
+    if (U_FAILURE(status) || !compiled) {
+        return std::unexpected(invalidPattern(std::string(u_errorName(status)) + " at line " +
+                                              std::to_string(place.line) + ", unit " +
+                                              std::to_string(place.offset)));
+    }
     auto owned = std::make_unique<Compiled>(std::move(compiled));
     return std::shared_ptr<const NSRegularExpression>(new NSRegularExpression(std::move(owned)));
+}
+
+std::shared_ptr<const NSRegularExpression> NSRegularExpression::make(std::string_view pattern,
+                                                                     Options options) {
+    return regularExpressionWithPattern(pattern, options).value_or(nullptr);
 }
 
 bool NSRegularExpression::matchesWhole(std::string_view text) const {
@@ -104,6 +122,21 @@ std::optional<TextRange> NSRegularExpression::rangeOfFirstMatch(std::string_view
     if (!matcher->find(status) || U_FAILURE(status)) return std::nullopt;
     return TextRange{static_cast<std::size_t>(matcher->start64(status)),
                      static_cast<std::size_t>(matcher->end64(status))};
+}
+
+std::vector<NSRange> NSRegularExpression::matchesInString(std::string_view text) const {
+    if (text.size() > kLongestText) return {};
+    const std::u16string units = toUTF16(text);
+    // The matcher keeps a reference to it; the units themselves aren't copied.
+    const icu::UnicodeString input(false, units.data(), static_cast<std::int32_t>(units.size()));
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::RegexMatcher> matcher(compiled_->pattern->matcher(input, status));
+    std::vector<NSRange> matches;
+    while (U_SUCCESS(status) && matcher->find(status) && U_SUCCESS(status)) {
+        const auto start = static_cast<std::size_t>(matcher->start(status));
+        matches.push_back({start, static_cast<std::size_t>(matcher->end(status)) - start});
+    }
+    return matches;
 }
 
 std::string NSRegularExpression::stringByReplacingMatches(std::string_view text,
