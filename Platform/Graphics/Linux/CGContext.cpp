@@ -3,39 +3,15 @@
 #include <algorithm>
 #include <cmath>
 #include <utility>
-#include <vector>
 
-#include "Platform/Graphics/CGImage.h"
 #include "Platform/Graphics/CGPath.h"
 #include "Platform/Graphics/CGRect.h"
-#include "Platform/Graphics/Linux/CairoHandles.h"
 #include "Platform/Graphics/Linux/ContextShadow.h"
+#include "Platform/Graphics/Linux/ContextState.h"
 
 namespace zqcore::platform {
 
 namespace {
-
-struct State {
-    bool flipped = false;
-    /// The transform has no way back: cairo would refuse it for good, so it isn't told.
-    bool flat = false;
-    CGColor fill{0, 0, 0, 1};
-    CGColor stroke{0, 0, 0, 1};
-    CGFloat alpha = 1;
-    CGInterpolationQuality quality = CGInterpolationQuality::standard;
-};
-
-/// A transparency layer that is being drawn.
-struct Group {
-    CGFloat alpha;
-    std::optional<CGShadow> shadow;
-    std::size_t states;  ///< how many states were saved before it
-};
-
-bool isFinite(const CGRect& rect) {
-    return std::isfinite(rect.origin.x) && std::isfinite(rect.origin.y) && std::isfinite(rect.size.width) &&
-           std::isfinite(rect.size.height);
-}
 
 cairo_operator_t operatorOf(CGBlendMode mode) {
     switch (mode) {
@@ -55,61 +31,7 @@ cairo_operator_t operatorOf(CGBlendMode mode) {
     return CAIRO_OPERATOR_OVER;
 }
 
-cairo_filter_t filterOf(CGInterpolationQuality quality) {
-    switch (quality) {
-        case CGInterpolationQuality::none:
-            return CAIRO_FILTER_NEAREST;
-        case CGInterpolationQuality::low:
-            return CAIRO_FILTER_BILINEAR;
-        case CGInterpolationQuality::high:
-            return CAIRO_FILTER_BEST;
-        case CGInterpolationQuality::standard:
-        case CGInterpolationQuality::medium:
-            break;
-    }
-    return CAIRO_FILTER_GOOD;
-}
-
-/// The image as a pattern that covers `rect`, upright.
-CairoPattern patternOf(const CGImage& image, const CGRect& rect, bool flipped,
-                       CGInterpolationQuality quality) {
-    const CairoSurface surface = surfaceOver(image.pixels());
-    CairoPattern pattern(cairo_pattern_create_for_surface(surface.get()));
-    const double sx = image.width() / rect.size.width;
-    const double sy = image.height() / rect.size.height;
-    cairo_matrix_t toImage;
-    if (flipped) {
-        cairo_matrix_init(&toImage, sx, 0, 0, sy, -rect.origin.x * sx, -rect.origin.y * sy);
-    } else {
-        cairo_matrix_init(&toImage, sx, 0, 0, -sy, -rect.origin.x * sx,
-                          (rect.origin.y + rect.size.height) * sy);
-    }
-    cairo_pattern_set_matrix(pattern.get(), &toImage);
-    // Padded, so that the edge pixels don't blend with the nothing outside.
-    cairo_pattern_set_extend(pattern.get(), CAIRO_EXTEND_PAD);
-    cairo_pattern_set_filter(pattern.get(), filterOf(quality));
-    return pattern;
-}
-
 }  // namespace
-
-struct CGContext::Impl {
-    CairoContext cairo;
-    std::shared_ptr<PixelBuffer> pixels;
-    CGFloat pixelHeight = 0;
-    State state;
-    std::vector<State> saved;
-    std::vector<Group> groups;
-
-    void setSource(const CGColor& color) const {
-        cairo_set_source_rgba(cairo.get(), color.red, color.green, color.blue, color.alpha * state.alpha);
-    }
-    void addRect(const CGRect& rect) const {
-        cairo_new_path(cairo.get());
-        cairo_rectangle(cairo.get(), rect.origin.x, rect.origin.y, rect.size.width, rect.size.height);
-    }
-    void endGroup(const CGImage* mask, const CGRect& rect);
-};
 
 void addToCairo(cairo_t* cairo, const CGPath& path) {
     cairo_new_path(cairo);
@@ -282,110 +204,6 @@ void CGContext::clear(const CGRect& rect) {
     impl_->addRect(rect);
     cairo_fill(cairo);
     cairo_set_operator(cairo, before);
-}
-
-void CGContext::drawImage(const CGImage& image, const CGRect& rect) {
-    if (drawsNothing() || !isFinite(rect) || CGRectIsEmpty(rect)) return;
-    cairo_t* cairo = impl_->cairo.get();
-    const CGRect place = CGRectStandardize(rect);
-    const CairoPattern pattern = patternOf(image, place, impl_->state.flipped, impl_->state.quality);
-    cairo_save(cairo);
-    cairo_set_source(cairo, pattern.get());
-    impl_->addRect(place);
-    if (impl_->state.alpha < 1) {
-        cairo_clip(cairo);
-        cairo_paint_with_alpha(cairo, impl_->state.alpha);
-    } else {
-        cairo_fill(cairo);
-    }
-    cairo_restore(cairo);
-}
-
-void CGContext::fillMask(const CGImage& image, const CGRect& rect) {
-    if (drawsNothing() || !isFinite(rect) || CGRectIsEmpty(rect)) return;
-    cairo_t* cairo = impl_->cairo.get();
-    const CGRect place = CGRectStandardize(rect);
-    const CairoPattern pattern = patternOf(image, place, impl_->state.flipped, impl_->state.quality);
-    cairo_save(cairo);
-    impl_->addRect(place);
-    cairo_clip(cairo);
-    impl_->setSource(impl_->state.fill);
-    cairo_mask(cairo, pattern.get());
-    cairo_restore(cairo);
-}
-
-void CGContext::drawLinearGradient(std::span<const CGColor> colors, std::span<const CGFloat> locations,
-                                   CGPoint start, CGPoint end) {
-    if (drawsNothing() || colors.empty()) return;
-    const CairoPattern pattern(cairo_pattern_create_linear(start.x, start.y, end.x, end.y));
-    const bool placed = locations.size() == colors.size();
-    for (std::size_t i = 0; i < colors.size(); ++i) {
-        const double evenly = colors.size() == 1 ? 0 : double(i) / double(colors.size() - 1);
-        cairo_pattern_add_color_stop_rgba(pattern.get(), placed ? locations[i] : evenly, colors[i].red,
-                                          colors[i].green, colors[i].blue, colors[i].alpha);
-    }
-    cairo_set_source(impl_->cairo.get(), pattern.get());
-    cairo_paint_with_alpha(impl_->cairo.get(), impl_->state.alpha);
-}
-
-void CGContext::drawShadow(const CGPath& path, const CGShadow& shadow) {
-    if (drawsNothing()) return;
-    CGShadow shown = shadow;
-    shown.color.alpha *= impl_->state.alpha;
-    drawPathShadow(impl_->cairo.get(), path, shown);
-}
-
-void CGContext::beginTransparencyLayer(CGFloat alpha, const std::optional<CGShadow>& shadow) {
-    const std::size_t states = impl_->saved.size();
-    saveGState();
-    impl_->groups.push_back({std::clamp(alpha, 0.0, 1.0) * impl_->state.alpha, shadow, states});
-    impl_->state.alpha = 1;
-    cairo_push_group(impl_->cairo.get());
-    cairo_set_operator(impl_->cairo.get(), CAIRO_OPERATOR_OVER);
-}
-
-void CGContext::Impl::endGroup(const CGImage* mask, const CGRect& rect) {
-    cairo_t* const target = cairo.get();
-    const Group group = std::move(groups.back());
-    groups.pop_back();
-    // cairo refuses to end a group inside a state that was saved in it.
-    while (saved.size() > group.states + 1) {
-        cairo_restore(target);
-        saved.pop_back();
-    }
-    const CairoPattern drawn(cairo_pop_group(target));
-    state = saved.back();
-    saved.pop_back();
-    if (!state.flat) {
-        if (group.shadow) {
-            CGShadow shadow = *group.shadow;
-            shadow.color.alpha *= group.alpha;
-            drawPatternShadow(target, drawn.get(), shadow);
-        }
-        cairo_set_source(target, drawn.get());
-        if (!mask) {
-            cairo_paint_with_alpha(target, group.alpha);
-        } else if (isFinite(rect) && !CGRectIsEmpty(rect)) {
-            const CairoPattern shape =
-                patternOf(*mask, CGRectStandardize(rect), state.flipped, state.quality);
-            addRect(rect);
-            cairo_clip(target);
-            cairo_push_group(target);
-            cairo_set_source(target, drawn.get());
-            cairo_mask(target, shape.get());
-            cairo_pop_group_to_source(target);
-            cairo_paint_with_alpha(target, group.alpha);
-        }
-    }
-    cairo_restore(target);
-}
-
-void CGContext::endTransparencyLayer() {
-    if (!impl_->groups.empty()) impl_->endGroup(nullptr, {});
-}
-
-void CGContext::endTransparencyLayer(const CGImage& mask, const CGRect& rect) {
-    if (!impl_->groups.empty()) impl_->endGroup(&mask, rect);
 }
 
 int CGContext::width() const noexcept { return impl_->pixels ? impl_->pixels->width() : 0; }

@@ -7,16 +7,19 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Platform/Base/NSLog.h"
 #include "Platform/Foundation/NSFileManager.h"
+#include "Platform/Foundation/NSPath.h"
 #include "Platform/Graphics/NSFont.h"
 
 namespace zqcore::platform {
 
 namespace {
 
-constexpr const char* kFamilies = "DejaVu Sans, WenQuanYi Micro Hei, Sans";
+constexpr const char* kFamilies = "DejaVu Sans,WenQuanYi Micro Hei,Sans";
 
 /// A file of a pinned family, with where distributions put it.
 struct PinnedFile {
@@ -65,25 +68,54 @@ std::string fileOf(const PinnedFile& font) {
     return systemFontFile(font);
 }
 
+std::string escaped(std::string_view path) {
+    std::string text;
+    for (const char c : path) text += c == '&' ? "&amp;" : c == '<' ? "&lt;" : std::string(1, c);
+    return text;
+}
+
+/// The files as FontConfig is told of them: by their folders, so that it finds them in the system's cache and
+/// needn't read them (8 ms), all other fonts shut out.
+std::string configurationText(const std::vector<std::string>& files) {
+    std::string text = "<?xml version=\"1.0\"?><fontconfig>";
+    for (const std::string& file : files) {
+        text += "<dir>" + escaped(stringByDeletingLastPathComponent(file)) + "</dir>";
+    }
+    text +=
+        "<cachedir>/var/cache/fontconfig</cachedir><cachedir>/usr/lib/fontconfig/cache</cachedir>"
+        "<selectfont><rejectfont><glob>*</glob></rejectfont><acceptfont>";
+    for (const std::string& file : files) text += "<glob>" + escaped(file) + "</glob>";
+    return text + "</acceptfont></selectfont></fontconfig>";
+}
+
+FcConfig* configurationOf(const std::vector<std::string>& files) {
+    if (files.empty()) return nullptr;
+    FcConfig* config = FcConfigCreate();
+    const std::string text = configurationText(files);
+    const bool read =
+        FcConfigParseAndLoadFromMemory(config, reinterpret_cast<const FcChar8*>(text.c_str()), FcTrue) &&
+        FcConfigBuildFonts(config);
+    const FcFontSet* fonts = read ? FcConfigGetFonts(config, FcSetSystem) : nullptr;
+    if (fonts && fonts->nfont > 0) return config;
+    FcConfigDestroy(config);
+    return nullptr;
+}
+
 /// A configuration that knows the pinned files and nothing else, so that no setting of the machine changes a
 /// picture; null if none of them is here.
 FcConfig* pinnedConfiguration() {
     static FcConfig* const shared = [] {
-        FcConfig* config = FcConfigCreate();
-        bool any = false;
+        std::vector<std::string> files;
         for (const PinnedFile& font : kPinnedFiles) {
-            const std::string path = fileOf(font);
-            const auto* name = reinterpret_cast<const FcChar8*>(path.c_str());
-            if (!path.empty() && FcConfigAppFontAddFile(config, name)) {
-                any = true;
-            } else {
+            std::string path = fileOf(font);
+            if (path.empty()) {
                 NSLog(std::string("Font missing, text will look different: ") + font.family + " " +
                       font.style);
+            } else {
+                files.push_back(std::move(path));
             }
         }
-        if (any) return config;
-        FcConfigDestroy(config);
-        return static_cast<FcConfig*>(nullptr);
+        return configurationOf(files);
     }();
     return shared;
 }
@@ -135,7 +167,8 @@ PangoContext* systemTextContext() {
 }
 
 FontDescription fontDescription(CGFloat size, CGFloat weight) {
-    FontDescription description(pango_font_description_from_string(kFamilies));
+    FontDescription description(pango_font_description_new());
+    pango_font_description_set_family_static(description.get(), kFamilies);
     pango_font_description_set_absolute_size(description.get(), size * PANGO_SCALE);
     PangoWeight pangoWeight = PANGO_WEIGHT_NORMAL;
     if (weight >= NSFontWeightBold) {
