@@ -84,8 +84,8 @@ class ZQ_EXPORT LayoutItem {
     void willLeaveSuperitem();
     /// To be called whenever the frame was set; sets by a layout pass are told apart.
     void frameDidChangeOutsideLayout();
-    /// To be called first in the destructor of a class that answers for the tree: ends the constraints while
-    /// the tree can still be asked.
+    /// For a class whose superitem doesn't own it: to be called first in its destructor, while the tree can
+    /// still be asked; it leaves the tree with its constraints.
     void endLayout();
     /// Called when something changed that asks for a layout pass of the tree.
     virtual void layoutDidBecomeStale() {}

@@ -131,8 +131,13 @@ void NSLayoutConstraint::activate() {
 }
 
 void NSLayoutConstraint::deactivate() {
+    if (LayoutItem* const holder = letGo()) holder->markStale(LayoutItem::Stale::structure);
+}
+
+// Leaves the items' lists and gives who held it; whoever calls keeps no use of `this` after that.
+LayoutItem* NSLayoutConstraint::letGo() {
     LayoutItem* const holder = std::exchange(holder_, nullptr);
-    if (!holder) return;
+    if (!holder) return nullptr;
     const auto held = holder->held_.find(age_);
     const std::shared_ptr<NSLayoutConstraint> kept = std::move(held->second);
     holder->held_.erase(held);
@@ -140,7 +145,7 @@ void NSLayoutConstraint::deactivate() {
         if (side && *side) (*side)->mentions_.erase(this);
     }
     holder->mentions_.erase(this);
-    holder->markStale(LayoutItem::Stale::structure);
+    return holder;
 }
 
 std::string NSLayoutConstraint::description() const {

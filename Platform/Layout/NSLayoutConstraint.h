@@ -79,6 +79,7 @@ class ZQ_EXPORT NSLayoutConstraint : public NSObject {
     LayoutItem* commonSuperitem() const;
     void activate();
     void deactivate();
+    LayoutItem* letGo();
 
     std::shared_ptr<LayoutItem*> first_;
     std::shared_ptr<LayoutItem*> second_;
