@@ -1,13 +1,32 @@
 #include "Platform/AppKit/DisplayPass.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 #include <vector>
 
 #include "Platform/AppKit/GuardedCall.h"
+#include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSView.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/Foundation/NSTimer.h"
+#include "Platform/Graphics/CGContext.h"
+#include "Platform/Graphics/NSAppearance.h"
+#include "Platform/Graphics/NSColor.h"
+#include "Platform/Graphics/PixelBuffer.h"
+#include "Platform/Layout/LayoutEngine.h"
+#include "Platform/QuartzCore/CALayer.h"
+#include "Platform/QuartzCore/LayerRenderer.h"
 
 namespace zqcore::platform {
+
+namespace {
+
+constexpr double kFrame = 1.0 / 60;
+// Layouts that change constraints again are followed this often in one pass.
+constexpr int kLayoutRounds = 8;
+
+}  // namespace
 
 // Inner views first, as their own sizes decide about the outer ones.
 void DisplayPass::updateConstraints(NSView& view) {
@@ -16,15 +35,22 @@ void DisplayPass::updateConstraints(NSView& view) {
         guardedCall("updateConstraints", [&] { view.updateConstraints(); });
 }
 
-void DisplayPass::layoutMarked(NSView& view) {
-    if (std::exchange(view.needsLayout_, false)) guardedCall("layout", [&] { view.layout(); });
-    for (const auto& subview : std::vector(view.subviews())) layoutMarked(*subview);
+bool DisplayPass::layoutMarked(NSView& view) {
+    bool any = std::exchange(view.needsLayout_, false);
+    if (any) guardedCall("layout", [&] { view.layout(); });
+    for (const auto& subview : std::vector(view.subviews())) any = layoutMarked(*subview) || any;
+    return any;
 }
 
-void DisplayPass::layout(NSView& root) {
-    const auto held = root.shared_from_this();
-    updateConstraints(root);
-    layoutMarked(root);
+void DisplayPass::layout(NSView& view) {
+    const auto held = view.shared_from_this();
+    auto root = view.self();
+    while (const auto above = root->superview()) root = above;
+    for (int round = 0; round < kLayoutRounds; ++round) {
+        updateConstraints(*root);
+        LayoutEngine::layout(*root);
+        if (!layoutMarked(view)) return;
+    }
 }
 
 void DisplayPass::updateTracking(NSView& view) {
@@ -33,28 +59,77 @@ void DisplayPass::updateTracking(NSView& view) {
     for (const auto& subview : std::vector(view.subviews())) updateTracking(*subview);
 }
 
-bool DisplayPass::drawMarked(NSView& view) {
-    bool drew = false;
-    if (!view.isHidden() && std::exchange(view.needsDisplay_, false)) {
-        drew = true;
-        if (view.wantsUpdateLayer()) guardedCall("updateLayer", [&] { view.updateLayer(); });
+// Also what is scrolled out of sight draws now, at its first pass in a window.
+void DisplayPass::drawMarked(NSView& view) {
+    if (view.isHidden()) return;
+    if (std::exchange(view.needsDisplay_, false)) {
+        if (view.wantsUpdateLayer()) {
+            guardedCall("updateLayer", [&] { view.updateLayer(); });
+        } else {
+            view.layer()->setNeedsDisplay();
+            view.layer()->displayIfNeeded();
+        }
     }
-    for (const auto& subview : std::vector(view.subviews())) drew = drawMarked(*subview) || drew;
-    return drew;
+    for (const auto& subview : std::vector(view.subviews())) drawMarked(*subview);
 }
 
 void DisplayPass::run(NSWindow& window) {
     const auto held = window.self();
     window.needsPass_ = false;
     const auto content = window.contentView();
-    if (content) {
-        layout(*content);
-        updateTracking(*content);
-        if (drawMarked(*content)) window.needsPixels_ = true;
-    }
-    if (window.isVisible() && std::exchange(window.needsPixels_, false)) present(window);
+    const auto appearance = NSApplication::shared()->effectiveAppearance();
+    appearance->performAsCurrentDrawingAppearance([&] {
+        if (content) {
+            layout(*content);
+            updateTracking(*content);
+            drawMarked(*content);
+        }
+        if (window.isVisible() && std::exchange(window.needsPixels_, false)) present(window);
+    });
 }
 
-void DisplayPass::present(NSWindow& /*window*/) {}
+void DisplayPass::present(NSWindow& window) {
+    const auto display = window.display();
+    const CGFloat scale = window.backingScaleFactor();
+    const CGSize size = window.frame().size;
+    const auto width = static_cast<std::int64_t>(std::ceil(size.width * scale));
+    const auto height = static_cast<std::int64_t>(std::ceil(size.height * scale));
+    if (!display || display->isLost() || width <= 0 || height <= 0) return;
+    auto& context = window.surface_;
+    if (!context || context->width() != width || context->height() != height)
+        context = CGContext::bitmap(width, height);
+    if (!context) return;
+    context->saveGState();
+    context->scaleBy(scale, scale);
+    // The window's upper edge lies on a pixel's edge, whatever its height.
+    context->translateBy(0, static_cast<CGFloat>(height) / scale - size.height);
+    const CGRect whole{{0, 0}, size};
+    context->clear({{-1, -1}, {size.width + 2, size.height + 2}});
+    if (window.backgroundColor()) {
+        context->setFillColor(window.backgroundColor()->cgColor());
+        context->fill(whole);
+    }
+    const auto content = window.contentView();
+    if (content) {
+        LayerRenderer::render(*content->layer(), *context);
+        content->layer()->markRendered();
+    }
+    context->restoreGState();
+    const auto pixels = context->pixels();
+    display->present(window.windowNumber(),
+                     {pixels->width(), pixels->height(), pixels->bytesPerRow(), pixels->row(0), scale});
+    if (content && content->layer()->hasRunningAnimations()) scheduleFrame(window);
+}
+
+// What still moves gets its next picture a frame later; nothing runs once it stands still.
+void DisplayPass::scheduleFrame(NSWindow& window) {
+    const auto weak = std::weak_ptr<NSWindow>(window.self());
+    NSTimer::timerWithTimeInterval(kFrame, false, [weak](NSTimer&) {
+        const auto held = weak.lock();
+        if (!held) return;
+        held->needsPixels_ = true;
+        held->markForDisplay();
+    })->addToMainRunLoop(NSRunLoopMode::commonModes);
+}
 
 }  // namespace zqcore::platform

@@ -13,14 +13,15 @@ class DisplayPass {
 
     static void run(NSWindow& window);
     /// Constraints and layout alone.
-    static void layout(NSView& root);
+    static void layout(NSView& view);
+    static void updateConstraints(NSView& view);
 
   private:
-    static void updateConstraints(NSView& view);
-    static void layoutMarked(NSView& view);
+    static bool layoutMarked(NSView& view);
     static void updateTracking(NSView& view);
-    static bool drawMarked(NSView& view);
+    static void drawMarked(NSView& view);
     static void present(NSWindow& window);
+    static void scheduleFrame(NSWindow& window);
 };
 
 }  // namespace zqcore::platform

@@ -8,6 +8,7 @@
 #include "Platform/Base/CGGeometry.h"
 #include "Platform/Base/Export.h"
 #include "Platform/Base/NSObject.h"
+#include "Platform/Keyboard/NSEventModifierFlags.h"
 
 namespace zqcore::platform {
 
@@ -50,13 +51,6 @@ enum class NSEventPhase : unsigned {
     cancelled = 16,
     mayBegin = 32,
 };
-
-using NSEventModifierFlags = std::uint64_t;
-inline constexpr NSEventModifierFlags NSEventModifierFlagShift = 1 << 17;
-inline constexpr NSEventModifierFlags NSEventModifierFlagControl = 1 << 18;
-inline constexpr NSEventModifierFlags NSEventModifierFlagOption = 1 << 19;
-inline constexpr NSEventModifierFlags NSEventModifierFlagCommand = 1 << 20;
-inline constexpr NSEventModifierFlags NSEventModifierFlagFunction = 1 << 23;
 
 /// One event of pointer, wheel or keyboard, and the watching of events. It never changes once made.
 /// Units: points; window space has its origin at the lower left of the window's frame, and an event without

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -9,10 +10,12 @@
 #include "Platform/Base/CGGeometry.h"
 #include "Platform/Base/Export.h"
 #include "Platform/Foundation/NSComparisonResult.h"
+#include "Platform/Layout/LayoutItem.h"
 
 namespace zqcore::platform {
 
 class CALayer;
+class NSShadow;
 class NSTrackingArea;
 class NSViewController;
 class NSWindow;
@@ -21,7 +24,6 @@ inline constexpr std::string_view NSViewFrameDidChangeNotification = "NSViewFram
 inline constexpr std::string_view NSViewBoundsDidChangeNotification = "NSViewBoundsDidChangeNotification";
 
 enum class NSWindowOrderingMode { below = -1, out = 0, above = 1 };
-enum class NSLayoutConstraintOrientation { horizontal = 0, vertical = 1 };
 
 /// How a side gives when the superview's size changes, as bits.
 using NSAutoresizingMaskOptions = unsigned;
@@ -38,7 +40,7 @@ inline constexpr NSAutoresizingMaskOptions NSViewMaxYMargin = 32;
 /// alone. Window space is y-up from the lower left of the window. Threads: main thread.
 /// Lifetime: a view holds its subviews; superview, window and controller are held weakly.
 /// Failure: strangers given as parents or siblings are passed over; an exception of an override is caught.
-class ZQ_EXPORT NSView : public NSResponder {
+class ZQ_EXPORT NSView : public NSResponder, public LayoutItem {
   public:
     NSView() = default;
     explicit NSView(const CGRect& frame) : frame_(frame) {}
@@ -70,6 +72,8 @@ class ZQ_EXPORT NSView : public NSResponder {
     virtual void subviewHiddenChanged(NSView& /*view*/) {}
     /// The window became or ceased to be the one with the keys.
     virtual void windowDidChangeKeyState() {}
+    /// Clip views bring their place within the document's limits.
+    virtual void subviewFrameDidChange(NSView& /*view*/) {}
     virtual void viewDidHide() {}
     virtual void viewDidUnhide() {}
     virtual void viewDidChangeEffectiveAppearance() {}
@@ -141,11 +145,15 @@ class ZQ_EXPORT NSView : public NSResponder {
     [[nodiscard]] bool wantsLayer() const noexcept { return wantsLayer_; }
     void setWantsLayer(bool wants);
     /// The backing layer; each view has one, wanted or not.
-    [[nodiscard]] const std::shared_ptr<CALayer>& layer() const;
+    [[nodiscard]] const std::shared_ptr<CALayer>& layer() const noexcept { return layer_; }
     void setLayer(std::shared_ptr<CALayer> layer);
     [[nodiscard]] virtual std::shared_ptr<CALayer> makeBackingLayer();
     [[nodiscard]] CGFloat alphaValue() const noexcept { return alpha_; }
     virtual void setAlphaValue(CGFloat alpha);
+    /// The layer's shadow; null takes it off.
+    [[nodiscard]] const std::shared_ptr<NSShadow>& shadow() const noexcept { return shadow_; }
+    void setShadow(std::shared_ptr<NSShadow> shadow);
+    /// Whether subviews are cut off at the bounds; asked once, at the setup.
     [[nodiscard]] virtual bool clipsToBounds() const { return false; }
 
     // Layout.
@@ -156,17 +164,21 @@ class ZQ_EXPORT NSView : public NSResponder {
     [[nodiscard]] bool needsUpdateConstraints() const noexcept { return needsUpdateConstraints_; }
     void setNeedsUpdateConstraints(bool needs);
     virtual void updateConstraints() {}
-    /// A side of -1 has no size of its own.
-    [[nodiscard]] virtual CGSize intrinsicContentSize() const { return {-1, -1}; }
-    void invalidateIntrinsicContentSize();
-    [[nodiscard]] float contentHuggingPriority(NSLayoutConstraintOrientation orientation) const;
-    void setContentHuggingPriority(float priority, NSLayoutConstraintOrientation orientation);
-    [[nodiscard]] float contentCompressionResistancePriority(NSLayoutConstraintOrientation orientation) const;
-    void setContentCompressionResistancePriority(float priority, NSLayoutConstraintOrientation orientation);
-    [[nodiscard]] bool translatesAutoresizingMaskIntoConstraints() const noexcept { return translatesMask_; }
-    void setTranslatesAutoresizingMaskIntoConstraints(bool translates);
     /// The smallest size that meets the constraints inside.
     [[nodiscard]] virtual CGSize fittingSize();
+
+    // LayoutItem.
+    [[nodiscard]] LayoutItem* layoutSuperitem() const override;
+    void forEachLayoutSubitem(const std::function<void(LayoutItem&)>& body) const override;
+    [[nodiscard]] CGRect layoutFrame() const override;
+    void setLayoutFrame(const CGRect& frame) override;
+    [[nodiscard]] std::string layoutDescription() const override;
+
+  protected:
+    /// To be called by a class whose `isFlipped` has come to answer otherwise.
+    void flipDidChange();
+    void setup() override;
+    void layoutDidBecomeStale() override;
 
   private:
     friend class NSWindow;
@@ -186,7 +198,8 @@ class ZQ_EXPORT NSView : public NSResponder {
     void reorderLayers();
     void applyLayerGeometry();
     void applyLayerState();
-    void frameDidChangeOutsideLayout();
+    void attachLayer(const NSView& subview);
+    void prepareLayer();
     void tellWillMove(const std::shared_ptr<NSWindow>& window);
     void enterWindow(const std::shared_ptr<NSWindow>& window);
     void markTracking();
@@ -205,20 +218,18 @@ class ZQ_EXPORT NSView : public NSResponder {
     std::weak_ptr<NSViewController> controller_;
     std::vector<std::shared_ptr<NSView>> subviews_;
     std::vector<std::shared_ptr<NSTrackingArea>> trackingAreas_;
-    mutable std::shared_ptr<CALayer> layer_;
+    std::shared_ptr<CALayer> layer_;
+    std::shared_ptr<NSShadow> shadow_;
 
     CGRect frame_;
     CGPoint boundsOrigin_;
     CGFloat alpha_ = 1;
-    float hugging_[2] = {250, 250};
-    float compression_[2] = {750, 750};
     NSAutoresizingMaskOptions autoresizingMask_ = NSViewNotSizable;
     Notice frameNotice_;
     Notice boundsNotice_;
     bool autoresizesSubviews_ = true;
     bool hidden_ = false;
     bool wantsLayer_ = false;
-    bool translatesMask_ = true;
     bool needsDisplay_ = true;
     bool needsLayout_ = true;
     bool needsUpdateConstraints_ = true;

@@ -6,22 +6,9 @@
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Platform/Graphics/CGRect.h"
+#include "Platform/QuartzCore/CALayer.h"
 
 namespace zqcore::platform {
-
-namespace {
-
-// The flexible parts of an axis share its change evenly; a side without any keeps its distance from the low
-// edge.
-void stretch(CGFloat& origin, CGFloat& length, CGFloat change, bool low, bool size, bool high) {
-    const int parts = static_cast<int>(low) + static_cast<int>(size) + static_cast<int>(high);
-    if (parts == 0) return;
-    const CGFloat share = change / parts;
-    if (low) origin += share;
-    if (size) length += share;
-}
-
-}  // namespace
 
 void NSView::setFrame(const CGRect& frame) {
     if (frame == frame_) return;
@@ -38,6 +25,7 @@ void NSView::setFrame(const CGRect& frame) {
     }
     markSubtreeTracking();
     post(frameNotice_, NSViewFrameDidChangeNotification);
+    if (const auto above = superview_.lock()) above->subviewFrameDidChange(*this);
 }
 
 void NSView::setFrameSize(CGSize size) { setFrame({frame_.origin, size}); }
@@ -58,18 +46,12 @@ void NSView::setBounds(const CGRect& bounds) {
 }
 
 void NSView::resizeSubviewsWithOldSize(CGSize oldSize) {
-    const CGFloat wider = frame_.size.width - oldSize.width;
-    const CGFloat higher = frame_.size.height - oldSize.height;
     for (const auto& subview : std::vector(subviews_)) {
-        const auto mask = subview->autoresizingMask_;
         // What constraints place isn't moved by masks as well.
-        if (mask == NSViewNotSizable || !subview->translatesAutoresizingMaskIntoConstraints()) continue;
-        CGRect frame = subview->frame_;
-        stretch(frame.origin.x, frame.size.width, wider, (mask & NSViewMinXMargin) != 0,
-                (mask & NSViewWidthSizable) != 0, (mask & NSViewMaxXMargin) != 0);
-        stretch(frame.origin.y, frame.size.height, higher, (mask & NSViewMinYMargin) != 0,
-                (mask & NSViewHeightSizable) != 0, (mask & NSViewMaxYMargin) != 0);
-        subview->setFrame(frame);
+        if (subview->autoresizingMask_ != NSViewNotSizable &&
+            subview->translatesAutoresizingMaskIntoConstraints())
+            subview->setFrame(
+                autoresizedFrame(subview->frame_, subview->autoresizingMask_, oldSize, frame_.size));
     }
 }
 

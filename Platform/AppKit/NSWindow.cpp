@@ -9,8 +9,11 @@
 #include "Platform/AppKit/NSPanel.h"
 #include "Platform/AppKit/NSScreen.h"
 #include "Platform/AppKit/NSViewController.h"
+#include "Platform/AppKit/SteppedAnimation.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
+#include "Platform/Graphics/CGContext.h"
 #include "Platform/Graphics/CGRect.h"
+#include "Platform/Graphics/NSColor.h"
 
 namespace zqcore::platform {
 
@@ -34,6 +37,7 @@ NSWindow::~NSWindow() {
 
 void NSWindow::setup() {
     NSResponder::setup();
+    background_ = NSColor::windowBackgroundColor();
     setContentView(makeObject<NSView>());
 }
 
@@ -119,6 +123,14 @@ void NSWindow::setAlphaValue(CGFloat alpha) {
 void NSWindow::applyAlpha(CGFloat alpha) {
     state_.alpha = std::clamp(alpha, 0.0, 1.0);
     update();
+}
+void NSWindow::Animator::setAlphaValue(CGFloat alpha) {
+    const CGFloat from = window_.alphaValue();
+    window_.alphaSteps_ =
+        SteppedAnimation::run([weak = std::weak_ptr<NSWindow>(window_.self()), from, alpha](double progress) {
+            if (const auto window = weak.lock())
+                window->applyAlpha(progress == 1 ? alpha : from + (alpha - from) * progress);
+        });
 }
 void NSWindow::setOpaque(bool opaque) {
     state_.opaque = opaque;
@@ -228,6 +240,7 @@ void NSWindow::orderOut(NSObject* /*sender*/) {
     const auto held = self();
     if (!std::exchange(visible_, false)) return;
     if (const auto shownOn = display()) shownOn->hideWindow(number_);
+    surface_.reset();
     NSApplication::shared()->state().windowHidden(held);
 }
 

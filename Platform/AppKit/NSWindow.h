@@ -15,10 +15,11 @@
 
 namespace zqcore::platform {
 
+class CGContext;
 class NSColor;
 class NSScreen;
-class NSTimer;
 class NSViewController;
+class SteppedAnimation;
 
 inline constexpr std::string_view NSWindowWillCloseNotification = "NSWindowWillCloseNotification";
 inline constexpr std::string_view NSWindowDidBecomeKeyNotification = "NSWindowDidBecomeKeyNotification";
@@ -95,6 +96,16 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     [[nodiscard]] CGFloat alphaValue() const noexcept { return state_.alpha; }
     /// Ends a fade of it that runs.
     void setAlphaValue(CGFloat alpha);
+    /// Where changes run to their value under the current animation context.
+    class Animator {
+      public:
+        explicit Animator(NSWindow& window) : window_(window) {}
+        void setAlphaValue(CGFloat alpha);
+
+      private:
+        NSWindow& window_;
+    };
+    [[nodiscard]] Animator animator() { return Animator(*this); }
     [[nodiscard]] bool isOpaque() const noexcept { return state_.opaque; }
     void setOpaque(bool opaque);
     [[nodiscard]] const std::shared_ptr<NSColor>& backgroundColor() const noexcept { return background_; }
@@ -199,10 +210,11 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     std::shared_ptr<NSView> contentView_;
     std::shared_ptr<NSViewController> contentViewController_;
     std::shared_ptr<NSColor> background_;
+    std::shared_ptr<CGContext> surface_;  // while it is shown
     std::weak_ptr<NSResponder> firstResponder_;
     // Who got the down of left, right and the other buttons.
     std::array<std::weak_ptr<NSResponder>, 3> pressed_;
-    std::shared_ptr<NSTimer> alphaSteps_;
+    std::shared_ptr<SteppedAnimation> alphaSteps_;
     NSWindowAnimationBehavior animation_ = NSWindowAnimationBehavior::standard;
     bool releasedWhenClosed_ = true;
     bool hidesOnDeactivate_ = false;
