@@ -119,7 +119,12 @@ void readGIF(const Bytes& bytes, ImageOutline& outline) {
 }
 
 void readBMP(const Bytes& bytes, ImageOutline& outline) {
-    const bool old = bytes.little32(14) == 12;
+    // Loaders take memory for as long a header and as many colours as the file claims.
+    constexpr std::uint32_t longestHeader = 124;
+    constexpr std::uint32_t mostColors = 256;
+    const std::uint32_t header = bytes.little32(14);
+    if (header > longestHeader || (header >= 40 && bytes.little32(46) > mostColors)) return;
+    const bool old = header == 12;
     const auto width =
         old ? std::int64_t{bytes.little16(18)} : std::int64_t{std::int32_t(bytes.little32(18))};
     const auto height =

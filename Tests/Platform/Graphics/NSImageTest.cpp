@@ -141,6 +141,9 @@ TEST(NSBitmapImageRepTest, HugeClaimsAreRefused) {
     gif[6] = gif[7] = gif[8] = gif[9] = '\x7f';
     EXPECT_FALSE(NSImage::make(Data(gif)));
     EXPECT_FALSE(NSImage::make(Data(bmpFile(37, 21).replace(18, 4, "\xff\xff\xff\x7f", 4))));
+    // A header of 4 GB: the loader would ask for the memory at once.
+    EXPECT_FALSE(outlineOf(bmpFile(37, 21).replace(14, 4, "\xff\xff\xff\xf6", 4)).complete);
+    EXPECT_FALSE(outlineOf(bmpFile(37, 21).replace(46, 4, "\xff\xff\xff\xf6", 4)).complete);
 }
 
 TEST(NSBitmapImageRepTest, MakesOnlyItsOwnFormat) {
