@@ -101,7 +101,7 @@ TEST(TextLayoutTest, AlignsWithinTheRectangle) {
 }
 
 TEST(TextLayoutTest, RunsKeepTheirFontsAndColours) {
-    const auto text = NSMutableAttributedString::make("😀a译b");
+    const auto text = NSMutableAttributedString::make("😀a译b ");
     text->addAttributes({font(30), NSColor::colorWithRGBA(1, 0, 0)}, {4, 1});
     const TextLayout layout(*text, font(12));
     EXPECT_EQ(layout.size().height, lineHeightOf(*font(30))) << "the tallest run rules its line";
