@@ -22,6 +22,7 @@ class TestItem final : public LayoutItem {
     }
 
     void add(TestItem& item) {
+        if (item.above_) item.remove();
         below_.push_back(&item);
         item.above_ = this;
         item.didJoinSuperitem();
