@@ -12,9 +12,9 @@ if(TARGET ZQCoreJavaScript)
     install(TARGETS ZQCoreJavaScript EXPORT ZQCoreJavaScriptTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endif()
 
-# Headers that only one backend needs lie in Linux/ folders and stay here.
+# Headers that only one backend needs lie in Linux/ and X11/ folders and stay here.
 install(DIRECTORY Platform Classes TestKit DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ZQCore
-    FILES_MATCHING PATTERN "*.h" PATTERN "Linux" EXCLUDE)
+    FILES_MATCHING PATTERN "*.h" PATTERN "Linux" EXCLUDE PATTERN "X11" EXCLUDE)
 install(DIRECTORY Assets/ DESTINATION ${CMAKE_INSTALL_DATADIR}/ZQCore/ZQCore.bundle USE_SOURCE_PERMISSIONS)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ZQCore)
