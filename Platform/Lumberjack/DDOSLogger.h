@@ -20,7 +20,7 @@ class ZQ_EXPORT DDOSLogger final : public DDLogger {
     [[nodiscard]] static const std::shared_ptr<DDOSLogger>& sharedInstance();
     /// An output to the journal that listens at `socketPath`, with `fallback` in place of standard error. The
     /// descriptor stays the caller's.
-    [[nodiscard]] static std::shared_ptr<DDOSLogger> make(std::string socketPath,
+    [[nodiscard]] static std::shared_ptr<DDOSLogger> make(const std::string& socketPath,
                                                           int fallback = STDERR_FILENO);
     ~DDOSLogger() override;
 
@@ -30,7 +30,7 @@ class ZQ_EXPORT DDOSLogger final : public DDLogger {
     void logMessage(const DDLogMessage& message) override;
 
   private:
-    DDOSLogger(std::string socketPath, int fallback);
+    DDOSLogger(const std::string& socketPath, int fallback);
 
     class Journal;
     std::unique_ptr<Journal> journal_;

@@ -129,11 +129,11 @@ const std::shared_ptr<DDOSLogger>& DDOSLogger::sharedInstance() {
     return shared;
 }
 
-std::shared_ptr<DDOSLogger> DDOSLogger::make(std::string socketPath, int fallback) {
-    return std::shared_ptr<DDOSLogger>(new DDOSLogger(std::move(socketPath), fallback));
+std::shared_ptr<DDOSLogger> DDOSLogger::make(const std::string& socketPath, int fallback) {
+    return std::shared_ptr<DDOSLogger>(new DDOSLogger(socketPath, fallback));
 }
 
-DDOSLogger::DDOSLogger(std::string socketPath, int fallback)
+DDOSLogger::DDOSLogger(const std::string& socketPath, int fallback)
     : journal_(std::make_unique<Journal>(socketPath)), fallback_(fallback) {}
 
 DDOSLogger::~DDOSLogger() = default;

@@ -67,7 +67,7 @@ std::optional<NSURL> ask(int input, int output, const std::optional<NSURL>& fold
 }  // namespace
 
 void CommandLineOpenPanel::present(const NSOpenPanel& panel, Answer answer) {
-    const auto folder = panel.directoryURL();
+    const auto& folder = panel.directoryURL();
     print(output_, panel.message() + "\n" + (folder ? folder->path() : "") + "\n");
     if (assumeYes_) {
         answer(folder);

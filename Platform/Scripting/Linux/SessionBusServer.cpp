@@ -173,7 +173,7 @@ void SessionBus::accept(sd_bus_message* message, std::shared_ptr<const CommandHa
             }
             if (!handler) return;
             (*handler)(std::move(carried.text),
-                       [this, call = std::move(call)](Answer answer) { reply(*call, answer); });
+                       [this, call = std::move(call)](const Answer& answer) { reply(*call, answer); });
         });
 }
 

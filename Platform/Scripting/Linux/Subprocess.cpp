@@ -90,9 +90,11 @@ bool isSetBy(const std::vector<std::string>& environment, std::string_view entry
 int spawn(pid_t& child, const std::vector<std::string>& arguments,
           const std::vector<std::string>& environment, SpawnSettings& settings) {
     std::vector<char*> argumentList;
+    argumentList.reserve(arguments.size() + 1);
     for (const auto& argument : arguments) argumentList.push_back(const_cast<char*>(argument.c_str()));
     argumentList.push_back(nullptr);
     std::vector<char*> environmentList;
+    environmentList.reserve(environment.size() + 1);
     for (const auto& entry : environment) environmentList.push_back(const_cast<char*>(entry.c_str()));
     // A variable that stands there twice is read the first way by some programs and the last by shells.
     for (char** entry = environ; entry && *entry; ++entry) {
