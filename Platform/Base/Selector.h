@@ -22,8 +22,8 @@ class Selector final {
 
     [[nodiscard]] constexpr std::string_view name() const noexcept { return name_; }
 
-    /// Calls the operation on `target`; on an object of another class nothing happens. `sender` may be null. Gives
-    /// whether the target has the operation.
+    /// Calls the operation on `target`; on an object of another class nothing happens. `sender` may be null.
+    /// Gives whether the target has the operation.
     bool perform(NSObject& target, NSObject* sender) const { return call_(target, sender); }
 
     friend constexpr bool operator==(const Selector&, const Selector&) noexcept = default;

@@ -1,5 +1,5 @@
-// The order is that of an emoji picker: that of the Unicode emoji test file, with the skin-tone and gender forms as
-// whole sequences.
+// The order is that of an emoji picker: that of the Unicode emoji test file, with the skin-tone and gender
+// forms as whole sequences.
 #include "Classes/Core/Category/SystemEmojiText.h"
 
 namespace zqcore {
