@@ -33,6 +33,14 @@ class ZQ_EXPORT NSProcessInfo final {
     /// The numbers of VERSION_ID in os-release(5); 0 for one that isn't there.
     [[nodiscard]] NSOperatingSystemVersion operatingSystemVersion() const;
 
+    /// Asks the system not to end this process by itself. Nothing here ends processes, so the wish is only
+    /// noted: for as long as the process lives, each call with its reason.
+    void disableAutomaticTermination(std::string reason) const;
+    [[nodiscard]] std::vector<std::string> automaticTerminationReasons() const;
+    /// The same for ending without asking; counted.
+    void disableSuddenTermination() const noexcept;
+    [[nodiscard]] int suddenTerminationDisableCount() const noexcept;
+
   private:
     NSProcessInfo() = default;
 };

@@ -2,12 +2,30 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
+#include <mutex>
+#include <utility>
 
 #include "Platform/Foundation/Linux/FileSupport.h"
 #include "Platform/Foundation/MachineFacts.h"
 
 namespace zqcore::platform {
+
+namespace {
+
+struct TerminationWishes {
+    std::mutex mutex;
+    std::vector<std::string> reasons;
+    std::atomic<int> suddenCount{0};
+};
+
+TerminationWishes& terminationWishes() {
+    static TerminationWishes& shared = *new TerminationWishes;
+    return shared;
+}
+
+}  // namespace
 
 const NSProcessInfo& NSProcessInfo::processInfo() noexcept {
     static const NSProcessInfo info;
@@ -59,5 +77,21 @@ std::int32_t NSProcessInfo::processIdentifier() const noexcept { return ::getpid
 NSOperatingSystemVersion NSProcessInfo::operatingSystemVersion() const {
     return MachineFacts::current().operatingSystemVersion();
 }
+
+void NSProcessInfo::disableAutomaticTermination(std::string reason) const {
+    TerminationWishes& wishes = terminationWishes();
+    const std::lock_guard lock(wishes.mutex);
+    wishes.reasons.push_back(std::move(reason));
+}
+
+std::vector<std::string> NSProcessInfo::automaticTerminationReasons() const {
+    TerminationWishes& wishes = terminationWishes();
+    const std::lock_guard lock(wishes.mutex);
+    return wishes.reasons;
+}
+
+void NSProcessInfo::disableSuddenTermination() const noexcept { ++terminationWishes().suddenCount; }
+
+int NSProcessInfo::suddenTerminationDisableCount() const noexcept { return terminationWishes().suddenCount; }
 
 }  // namespace zqcore::platform
