@@ -10,10 +10,8 @@ namespace {
 
 /// Moves `target` to the end of the siblings if `toTheEnd`, else to the beginning.
 void moveSubview(NSView& view, const std::shared_ptr<NSView>& target, bool toTheEnd) {
-    const auto after =
-        toTheEnd ? NSOrderedDescending : NSOrderedAscending;
-    const auto before =
-        toTheEnd ? NSOrderedAscending : NSOrderedDescending;
+    const auto after = toTheEnd ? NSOrderedDescending : NSOrderedAscending;
+    const auto before = toTheEnd ? NSOrderedAscending : NSOrderedDescending;
     view.sortSubviewsUsingFunction([&](const NSView& a, const NSView& b) {
         if (&a == target.get()) return after;
         if (&b == target.get()) return before;
