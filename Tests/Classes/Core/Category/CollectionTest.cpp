@@ -5,6 +5,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Classes/Core/Category/NSArrayZQ.h"
@@ -135,8 +136,11 @@ TEST(NSArrayZQTest, SortsAreStableAndSurviveAContradiction) {
     const auto byTens = [](int a, const auto&, int b, const auto&) {
         return a / 10 < b / 10 ? NSOrderedAscending : a / 10 > b / 10 ? NSOrderedDescending : NSOrderedSame;
     };
-    auto expected = numbers;
-    std::ranges::stable_sort(expected, {}, [](int number) { return number / 10; });
+    std::vector<std::pair<int, std::size_t>> places;
+    for (std::size_t i = 0; i < numbers.size(); ++i) places.emplace_back(numbers[i] / 10, i);
+    std::ranges::sort(places);
+    Numbers expected;
+    for (const auto& [tens, place] : places) expected.push_back(numbers[place]);
     EXPECT_EQ((zq_groupBy<int>(numbers, all, nullptr, byTens))->at(0), expected);
 
     unsigned state = 1;
