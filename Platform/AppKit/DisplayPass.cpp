@@ -99,6 +99,7 @@ void DisplayPass::present(NSWindow& window) {
     if (!context || context->width() != width || context->height() != height)
         context = CGContext::bitmap(width, height);
     if (!context) return;
+    window.surfaceScale_ = scale;
     context->saveGState();
     context->scaleBy(scale, scale);
     // The window's upper edge lies on a pixel's edge, whatever its height.
@@ -123,10 +124,12 @@ void DisplayPass::present(NSWindow& window) {
 
 // What still moves gets its next picture a frame later; nothing runs once it stands still.
 void DisplayPass::scheduleFrame(NSWindow& window) {
+    if (std::exchange(window.frameScheduled_, true)) return;
     const auto weak = std::weak_ptr<NSWindow>(window.self());
     NSTimer::timerWithTimeInterval(kFrame, false, [weak](NSTimer&) {
         const auto held = weak.lock();
         if (!held) return;
+        held->frameScheduled_ = false;
         held->needsPixels_ = true;
         held->markForDisplay();
     })->addToMainRunLoop(NSRunLoopMode::commonModes);

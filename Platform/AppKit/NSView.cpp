@@ -145,7 +145,17 @@ void NSView::setHidden(bool hidden) {
         above->subviewHiddenChanged(*this);
     }
     markSubtreeTracking();
+    if (const auto above = superview_.lock(); !above || !above->isHiddenOrHasHiddenAncestor())
+        tellHidden(hidden);
+}
+
+// What is hidden by itself doesn't notice that what is round it is hidden too.
+void NSView::tellHidden(bool hidden) {
+    const auto held = weak_from_this().lock();
     guardedCall("viewDidHide", [&] { hidden ? viewDidHide() : viewDidUnhide(); });
+    for (const auto& subview : std::vector(subviews_)) {
+        if (!subview->hidden_) subview->tellHidden(hidden);
+    }
 }
 
 bool NSView::canBecomeKeyView() const {

@@ -202,6 +202,7 @@ class ZQ_EXPORT NSView : public NSResponder, public LayoutItem {
     void prepareLayer();
     void tellWillMove(const std::shared_ptr<NSWindow>& window);
     void enterWindow(const std::shared_ptr<NSWindow>& window);
+    void tellHidden(bool hidden);
     void markTracking();
     void markSubtreeTracking();
     void post(Notice& notice, std::string_view name);

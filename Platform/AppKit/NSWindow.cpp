@@ -68,6 +68,11 @@ void NSWindow::applyFrame(const CGRect& frame) {
         markForDisplay();
         center.postNotificationName(NSWindowDidResizeNotification, self());
     }
+    // Another screen may have another scale.
+    if (surface_ && surfaceScale_ != backingScaleFactor()) {
+        needsPixels_ = true;
+        markForDisplay();
+    }
     if (old.origin != frame_.origin) center.postNotificationName(NSWindowDidMoveNotification, self());
 }
 

@@ -211,6 +211,7 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     std::shared_ptr<NSViewController> contentViewController_;
     std::shared_ptr<NSColor> background_;
     std::shared_ptr<CGContext> surface_;  // while it is shown
+    CGFloat surfaceScale_ = 0;
     std::weak_ptr<NSResponder> firstResponder_;
     // Who got the down of left, right and the other buttons.
     std::array<std::weak_ptr<NSResponder>, 3> pressed_;
@@ -223,6 +224,7 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     bool closing_ = false;
     bool needsPass_ = true;
     bool needsPixels_ = true;
+    bool frameScheduled_ = false;
 };
 
 }  // namespace zqcore::platform
