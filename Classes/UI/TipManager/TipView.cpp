@@ -1,5 +1,6 @@
 #include "Classes/UI/TipManager/TipView.h"
 
+#include <map>
 #include <utility>
 
 #include "Classes/Bundle/ZQCoreBundle.h"
@@ -9,6 +10,7 @@
 #include "Platform/AppKit/NSImageView.h"
 #include "Platform/AppKit/NSStackView.h"
 #include "Platform/AppKit/NSTextField.h"
+#include "Platform/Foundation/NSImage.h"
 #include "Platform/Foundation/Text/CaseMapping.h"
 #include "Platform/Foundation/Text/Character.h"
 #include "Platform/Graphics/NSColor.h"
@@ -64,9 +66,17 @@ std::shared_ptr<NSTextField> makeLabel(std::string_view text, const std::shared_
     return label;
 }
 
-std::shared_ptr<NSImageView> makeMouseImage(const char* name) {
+/// Kept once it was found: reading and decoding the file costs two fifths of a whole tip.
+std::shared_ptr<NSImage> mouseImage(const std::string& name) {
+    static auto& kept = *new std::map<std::string, std::shared_ptr<NSImage>>;
+    auto& image = kept[name];
+    if (!image) image = ZQCoreBundle::image(name);
+    return image;
+}
+
+std::shared_ptr<NSImageView> makeMouseImage(const std::string& name) {
     auto view = makeObject<NSImageView>();
-    view->setImage(ZQCoreBundle::image(name));
+    view->setImage(mouseImage(name));
     snp(view).makeConstraints([](ConstraintMaker& make) { make.size().equalTo(kMouseImageSize); });
     return view;
 }

@@ -103,6 +103,8 @@ void HeadlessDisplay::sendKey(NSEventType type, unsigned short keyCode, std::str
     event.keyCode = keyCode;
     event.charactersIgnoringModifiers = keyText(keyCode);
     event.characters = characters.empty() ? event.charactersIgnoringModifiers : std::move(characters);
+    // Keys without a text of their own, as Escape, read as what they type.
+    if (event.charactersIgnoringModifiers.empty()) event.charactersIgnoringModifiers = event.characters;
     event.isARepeat = isARepeat;
     event.outside = !active_ && focused_ == 0;
     event.window = focused_;

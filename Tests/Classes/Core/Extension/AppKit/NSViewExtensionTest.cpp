@@ -8,6 +8,9 @@
 
 #include "Classes/Core/Extension/AppKit/FrameGeometry.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/Foundation/NSImage.h"
+#include "Platform/Graphics/CGContext.h"
+#include "Platform/Graphics/CGImage.h"
 #include "Platform/Graphics/CGRect.h"
 #include "Platform/Graphics/NSColor.h"
 #include "Platform/QuartzCore/CALayer.h"
@@ -71,6 +74,33 @@ TEST_F(NSViewExtensionTest, BackgroundColorIsTheLayers) {
     EXPECT_TRUE(backgroundColor(*view)->isEqual(*NSColor::colorWithRGBA(1, 0.5, 0, 0.5)));
     setBackgroundColor(*view, nullptr);
     EXPECT_FALSE(backgroundColor(*view));
+}
+
+// A red quarter at the visible upper left, seen whatever the views' own senses of y.
+TEST_F(NSViewExtensionTest, SnapshotsShowTheViewUpright) {
+    for (const bool superIsFlipped : {false, true}) {
+        for (const bool isFlipped : {false, true}) {
+            const CGRect frame = CGRectMake(30, 10, 8, 4);
+            const auto outer = superIsFlipped ? makeObject<FlippedView>(CGRectMake(0, 0, 100, 100))
+                                              : makeObject<NSView>(CGRectMake(0, 0, 100, 100));
+            const auto shot = isFlipped ? makeObject<FlippedView>(frame) : makeObject<NSView>(frame);
+            const auto quarter = makeObject<NSView>(CGRectMake(0, isFlipped ? 0 : 2, 4, 2));
+            setBackgroundColor(*shot, NSColor::whiteColor());
+            setBackgroundColor(*quarter, NSColor::colorWithRGBA(1, 0, 0));
+            outer->addSubview(shot);
+            shot->addSubview(quarter);
+            const auto image = zq_snapshot(*shot);
+            EXPECT_EQ(image->size(), (CGSize{8, 4}));
+            const auto context = CGContext::bitmap(8, 4);
+            ASSERT_TRUE(context);
+            image->draw(*context, CGRectMake(0, 0, 8, 4));
+            const auto pixels = context->makeImage();
+            EXPECT_EQ(pixels->colorAt(1, 0), (CGColor{1, 0, 0, 1})) << superIsFlipped << isFlipped;
+            EXPECT_EQ(pixels->colorAt(6, 0), (CGColor{1, 1, 1, 1})) << superIsFlipped << isFlipped;
+            EXPECT_EQ(pixels->colorAt(1, 3), (CGColor{1, 1, 1, 1})) << superIsFlipped << isFlipped;
+        }
+    }
+    EXPECT_TRUE(zq_snapshot(*makeObject<NSView>())->representations().empty()) << "without area it is empty";
 }
 
 TEST_F(NSViewExtensionTest, FramesOutsideNeedAWindow) {
