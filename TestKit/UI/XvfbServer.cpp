@@ -7,8 +7,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "TestKit/ChildProcess.h"
-
 namespace zqcore::testkit {
 
 namespace {
@@ -75,9 +73,16 @@ void XvfbServer::stop() {
 }
 
 int XvfbServer::run(const std::vector<std::string>& arguments) const {
-    std::vector<std::string> all{"env", environment()};
+    const auto program = start(arguments);
+    return program ? program->wait() : -1;
+}
+
+std::unique_ptr<ChildProcess> XvfbServer::start(const std::vector<std::string>& arguments) const {
+    if (ChildProcess({"sh", "-c", "command -v \"$0\" >/dev/null", arguments.front()}).wait() != 0)
+        return nullptr;
+    std::vector<std::string> all{"sh", "-c", "DISPLAY=$0 exec \"$@\" 2>/dev/null", display_};
     all.insert(all.end(), arguments.begin(), arguments.end());
-    return ChildProcess(all).wait();
+    return std::make_unique<ChildProcess>(all);
 }
 
 std::uint32_t XvfbServer::pixel(int x, int y) const {
@@ -160,6 +165,12 @@ void XvfbServer::setProperty(std::uint32_t window, const std::string& name, cons
                              const std::vector<std::uint32_t>& values) const {
     xcb_change_property(client_->get(), XCB_PROP_MODE_REPLACE, window, client_->atom(name),
                         client_->atom(type), 32, static_cast<std::uint32_t>(values.size()), values.data());
+    client_->wait();
+}
+
+void XvfbServer::setText(std::uint32_t window, const std::string& name, const std::string& text) const {
+    xcb_change_property(client_->get(), XCB_PROP_MODE_REPLACE, window, client_->atom(name), XCB_ATOM_STRING,
+                        8, static_cast<std::uint32_t>(text.size()), text.data());
     client_->wait();
 }
 

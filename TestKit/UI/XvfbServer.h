@@ -2,9 +2,10 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
+
+#include "TestKit/ChildProcess.h"
 
 namespace zqcore::testkit {
 
@@ -27,8 +28,6 @@ class XvfbServer final {
     void stop();
     /// Runs a program of this server's to its end, with DISPLAY set; its exit code.
     int run(const std::vector<std::string>& arguments) const;
-    /// What a program of this server's needs in its environment.
-    [[nodiscard]] std::string environment() const { return "DISPLAY=" + display_; }
 
     /// What the screen shows, without alpha.
     [[nodiscard]] std::uint32_t pixel(int x, int y) const;
@@ -55,6 +54,9 @@ class XvfbServer final {
                      const std::vector<std::uint32_t>& values) const;
     [[nodiscard]] std::uint32_t root() const noexcept;
     [[nodiscard]] std::vector<std::uint32_t> property(std::uint32_t window, const std::string& name) const;
+    void setText(std::uint32_t window, const std::string& name, const std::string& text) const;
+    /// Starts a program of this server's, ended with the result; null where it isn't installed.
+    [[nodiscard]] std::unique_ptr<ChildProcess> start(const std::vector<std::string>& arguments) const;
     /// Owns the selection by which a compositing manager tells that it is there, or gives it up.
     void pretendCompositor(bool there) const;
 

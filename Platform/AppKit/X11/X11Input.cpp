@@ -66,7 +66,11 @@ unsigned buttonsIn(unsigned state) {
 
 void X11Input::setReportsOutside(bool reports) {
     if (std::exchange(reportsOutside_, reports) == reports) return;
-    if (!reports) outsideButtons_ = 0;
+    if (!reports) {
+        outsideButtons_ = 0;
+        outsideMotion_ = false;
+        rawButton_.reset();
+    }
     struct {
         xcb_input_event_mask_t head;
         std::uint32_t mask;
@@ -86,13 +90,21 @@ bool X11Input::take(const xcb_generic_event_t& event) {
         raw(generic);
         return true;
     }
-    flush();
     switch (type) {
         case XCB_BUTTON_PRESS:
-        case XCB_BUTTON_RELEASE:
-            button(reinterpret_cast<const xcb_button_press_event_t&>(event), type == XCB_BUTTON_PRESS);
+        case XCB_BUTTON_RELEASE: {
+            const auto& pressed = reinterpret_cast<const xcb_button_press_event_t&>(event);
+            tellOutsideMotion();
+            // The same stroke comes raw first, and at the same time.
+            if (rawButton_ && rawButton_->time == pressed.time && rawButton_->detail == pressed.detail)
+                rawButton_.reset();
+            tellRawButton(true);
+            button(pressed, type == XCB_BUTTON_PRESS);
             return true;
+        }
         case XCB_MOTION_NOTIFY:
+            tellOutsideMotion();
+            tellRawButton(true);
             motion(reinterpret_cast<const xcb_motion_notify_event_t&>(event));
             return true;
         case XCB_LEAVE_NOTIFY:
@@ -100,6 +112,8 @@ bool X11Input::take(const xcb_generic_event_t& event) {
             return true;
         case XCB_KEY_PRESS:
         case XCB_KEY_RELEASE:
+            tellOutsideMotion();
+            tellRawButton(true);
             key(reinterpret_cast<const xcb_key_press_event_t&>(event), type == XCB_KEY_PRESS);
             return true;
         default:
@@ -239,16 +253,19 @@ void X11Input::key(const xcb_key_press_event_t& event, bool down) {
 
 void X11Input::raw(const xcb_ge_generic_event_t& event) {
     if (!reportsOutside_) return;
+    tellRawButton(true);
     if (event.event_type == XCB_INPUT_RAW_MOTION) {
+        // Of a run of motions only the last counts.
         outsideMotion_ = true;
         return;
     }
-    flush();
+    tellOutsideMotion();
     const auto& stroke = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
     switch (event.event_type) {
         case XCB_INPUT_RAW_BUTTON_PRESS:
         case XCB_INPUT_RAW_BUTTON_RELEASE:
-            return rawButton(stroke.detail, event.event_type == XCB_INPUT_RAW_BUTTON_PRESS);
+            rawButton_ = {stroke.detail, event.event_type == XCB_INPUT_RAW_BUTTON_PRESS, stroke.time};
+            return;
         case XCB_INPUT_RAW_KEY_PRESS:
         case XCB_INPUT_RAW_KEY_RELEASE:
             return rawKey(static_cast<xcb_keycode_t>(stroke.detail),
@@ -260,6 +277,11 @@ void X11Input::raw(const xcb_ge_generic_event_t& event) {
 }
 
 void X11Input::flush() {
+    tellOutsideMotion();
+    tellRawButton(false);
+}
+
+void X11Input::tellOutsideMotion() {
     if (!std::exchange(outsideMotion_, false) || buttons_ != 0) return;
     const Pointer at = query();
     if (outsideButtons_ == 0 && host_.windowIn(at.top, at.x, at.y) != 0) return;
@@ -272,24 +294,29 @@ void X11Input::flush() {
     send(told, outsideButtons_);
 }
 
-void X11Input::rawButton(unsigned detail, bool down) {
+// A raw button is another's unless the same stroke comes to one of our windows right behind it. Where nothing
+// came yet the pointer's place decides.
+void X11Input::tellRawButton(bool isOutside) {
+    if (!rawButton_) return;
+    const auto [detail, down, time] = *std::exchange(rawButton_, std::nullopt);
     if (buttons_ != 0) return;
     const Pointer at = query();
-    const DisplayWindowNumber ours = host_.windowIn(at.top, at.x, at.y);
+    const DisplayWindowNumber under = host_.windowIn(at.top, at.x, at.y);
+    const bool ours = !isOutside && under != 0;
     DisplayEvent told;
     told.location = screens_.point(at.x, at.y);
     told.modifierFlags = X11Keyboard::flags(at.state);
     told.outside = true;
-    told.windowUnderPointer = ours;
+    told.windowUnderPointer = under;
     if (isWheel(detail)) {
-        if (!down || ours != 0) return;
+        if (!down || ours) return;
         fillWheel(told, detail);
         return send(told, outsideButtons_);
     }
     const auto button = buttonOf(detail);
     if (!button) return;
     const unsigned bit = 1U << *button;
-    if (down ? outsideButtons_ == 0 && ours != 0 : (outsideButtons_ & bit) == 0) return;
+    if (down ? outsideButtons_ == 0 && ours : (outsideButtons_ & bit) == 0) return;
     outsideButtons_ = down ? outsideButtons_ | bit : outsideButtons_ & ~bit;
     fillButton(told, *button, down);
     told.clickCount = 1;

@@ -2,6 +2,7 @@
 
 #include <bitset>
 #include <cstdint>
+#include <optional>
 
 #include "Platform/AppKit/Display.h"
 #include "Platform/AppKit/X11/X11Connection.h"
@@ -34,7 +35,7 @@ class X11Input final {
     void setReportsOutside(bool reports);
     /// Takes an event of input; false for any other.
     bool take(const xcb_generic_event_t& event);
-    /// Tells the motion outside that was kept so far: of a run of motions only the last counts.
+    /// Everything that has arrived was given: tells what was kept for the sake of what might follow.
     void flush();
     /// The window is gone; what was pressed on it will not be released there.
     void forget(DisplayWindowNumber window);
@@ -58,6 +59,11 @@ class X11Input final {
         int y = 0;
         int count = 0;
     };
+    struct RawButton {
+        unsigned detail = 0;
+        bool down = false;
+        xcb_timestamp_t time = 0;
+    };
     [[nodiscard]] Pointer query() const;
     [[nodiscard]] DisplayWindowNumber windowAtPixel(int x, int y) const;
     void button(const xcb_button_press_event_t& event, bool down);
@@ -65,7 +71,8 @@ class X11Input final {
     void leave(const xcb_leave_notify_event_t& event);
     void key(const xcb_key_press_event_t& event, bool down);
     void raw(const xcb_ge_generic_event_t& event);
-    void rawButton(unsigned detail, bool down);
+    void tellOutsideMotion();
+    void tellRawButton(bool isOutside);
     void rawKey(xcb_keycode_t code, bool down, bool repeated);
     [[nodiscard]] int clickCount(const xcb_button_press_event_t& event, int button);
     [[nodiscard]] bool fillKey(DisplayEvent& event, xcb_keycode_t code, unsigned state, bool down) const;
@@ -76,6 +83,7 @@ class X11Input final {
     const X11Keyboard& keyboard_;
     X11InputHost& host_;
     Click click_;
+    std::optional<RawButton> rawButton_;  // not told yet
     std::bitset<256> keysDown_;
     DisplayWindowNumber grab_ = 0;  // who got the first of the buttons that are down
     unsigned buttons_ = 0;          // down in our windows

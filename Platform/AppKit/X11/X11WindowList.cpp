@@ -140,6 +140,7 @@ std::vector<DisplayWindowInfo> X11WindowList::list(bool onScreenOnly) const {
         if (std::ranges::find(found, window->number(), &DisplayWindowInfo::number) == found.end())
             found.push_back(describe(*window));
     }
+    std::ranges::stable_partition(found, &DisplayWindowInfo::onScreen);
     if (onScreenOnly) std::erase_if(found, [](const DisplayWindowInfo& info) { return !info.onScreen; });
     return found;
 }

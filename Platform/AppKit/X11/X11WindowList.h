@@ -24,7 +24,7 @@ class X11WindowList final {
     X11WindowList(X11Connection& connection, const X11Screens& screens, const X11WindowStack& own)
         : connection_(connection), screens_(screens), own_(own) {}
 
-    /// Front to back.
+    /// Front to back, hidden ones last.
     [[nodiscard]] std::vector<DisplayWindowInfo> list(bool onScreenOnly) const;
     [[nodiscard]] std::optional<DisplayPicture> capture(
         const CGRect& rect, const std::vector<DisplayWindowNumber>& windows) const;

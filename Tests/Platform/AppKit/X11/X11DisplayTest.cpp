@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <functional>
 #include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "Platform/AppKit/DefaultDisplay.h"
@@ -70,7 +73,12 @@ class X11DisplayTest : public testing::Test {
         ASSERT_TRUE(display) << reason;
         display->setHandler(&heard);
     }
-    static bool waitFor(const std::function<bool()>& done) { return RunLoop::main().runUntil(done, 10s); }
+    /// Looks again after every event, and for what the server does without telling us every few moments.
+    static bool waitFor(const std::function<bool()>& done) {
+        for (int look = 0; look < 500; ++look)
+            if (RunLoop::main().runUntil(done, 20ms)) return true;
+        return false;
+    }
     /// The server has done all that the display asked for.
     void settle() const { (void)display->pointerLocation(); }
     [[nodiscard]] std::uint32_t pixel(int x, int y) const {
@@ -130,6 +138,355 @@ TEST_F(X11DisplayTest, ShowsPixelsWhereTheFrameLies) {
     EXPECT_EQ(pixel(0, 550), 0xFF0000U) << "shown again with the pixels it had";
     display->closeWindow(window);
     EXPECT_EQ(pixel(0, 550), 0U);
+}
+
+TEST_F(X11DisplayTest, KeepsTheOrderOfLevels) {
+    const auto high = show(card({{100, 100}, {50, 50}}, NSStatusWindowLevel), plain(50, 50, 0xFFAA0000));
+    const auto low = show(card({{100, 100}, {50, 50}}, NSFloatingWindowLevel), plain(50, 50, 0xFF00AA00));
+    const auto other = show(card({{100, 100}, {50, 50}}, NSFloatingWindowLevel), plain(50, 50, 0xFF0000AA));
+    EXPECT_EQ(pixel(120, 470), 0xAA0000U) << "the higher level, though shown first";
+    display->hideWindow(high);
+    EXPECT_EQ(pixel(120, 470), 0x0000AAU);
+    display->order(low, true, other);
+    EXPECT_EQ(pixel(120, 470), 0x00AA00U);
+    display->order(low, false, 0);
+    EXPECT_EQ(pixel(120, 470), 0x0000AAU);
+    display->updateWindow(low, card({{100, 100}, {50, 50}}, NSPopUpMenuWindowLevel));
+    EXPECT_EQ(pixel(120, 470), 0x00AA00U);
+}
+
+TEST_F(X11DisplayTest, TakesTheFocusOnlyWhenAsked) {
+    const auto other = server->addWindow(0, 0, 50, 50, 0);
+    server->focus(other);
+    show(card({{100, 100}, {50, 50}}), plain(50, 50, 0xFF00AA00));
+    DisplayWindowState titled = card({{300, 300}, {50, 50}}, NSNormalWindowLevel);
+    titled.styleMask = NSWindowStyleMaskTitled;
+    const auto window = show(titled, plain(50, 50, 0xFF0000AA));
+    EXPECT_EQ(server->focusedWindow(), other);
+
+    display->focusWindow(window);
+    ASSERT_TRUE(waitFor([&] { return !heard.focus.empty(); }));
+    EXPECT_EQ(heard.focus, std::vector{window});
+    EXPECT_EQ(server->focusedWindow(), static_cast<std::uint32_t>(window));
+    server->pressKey(38);  // the key of A
+    const auto* down = next(NSEventType::keyDown);
+    ASSERT_TRUE(down);
+    EXPECT_EQ(down->window, window);
+    EXPECT_FALSE(down->outside);
+    EXPECT_EQ(down->keyCode, 0);
+    EXPECT_EQ(down->characters, "a");
+
+    server->focus(other);
+    ASSERT_TRUE(waitFor([&] { return heard.focus.size() == 2; }));
+    EXPECT_EQ(heard.focus.back(), 0);
+    EXPECT_EQ(heard.activity, std::vector{false});
+    // One that isn't shown yet gets the focus with its showing.
+    const auto late = display->openWindow(titled);
+    display->focusWindow(late);
+    settle();
+    EXPECT_EQ(server->focusedWindow(), other);
+    display->orderFront(late, true);
+    ASSERT_TRUE(waitFor([&] { return heard.focus.back() == late; }));
+    EXPECT_EQ(heard.activity, (std::vector{false, true}));
+    display->focusWindow(0);
+    settle();
+    EXPECT_NE(server->focusedWindow(), static_cast<std::uint32_t>(late));
+}
+
+TEST_F(X11DisplayTest, LetsClicksThroughToTheWindowBelow) {
+    server->addWindow(100, 100, 200, 200, 0x123456);
+    auto state = card({{100, 300}, {200, 200}});
+    state.ignoresMouse = true;
+    const auto window = show(state, plain(200, 200, 0xFF00AA00));
+    server->movePointer(200, 200);
+    server->click(1);
+    EXPECT_EQ(server->pressesHeard(), 1);
+    EXPECT_EQ(display->windowAt({200, 400}), 0);
+    state.ignoresMouse = false;
+    display->updateWindow(window, state);
+    settle();
+    server->click(1);
+    EXPECT_EQ(server->pressesHeard(), 1);
+    const auto* down = next(NSEventType::leftMouseDown);
+    ASSERT_TRUE(down);
+    EXPECT_EQ(down->window, window);
+    EXPECT_EQ(down->location, (CGPoint{200, 400}));
+    EXPECT_EQ(display->windowAt({200, 400}), window);
+}
+
+TEST_F(X11DisplayTest, CountsClicksNamesButtonsAndHoldsTheGrab) {
+    const auto window = show(card({{100, 100}, {100, 100}}), plain(100, 100, 0xFF00AA00));
+    server->movePointer(150, 450);
+    server->click(1);
+    server->click(1);
+    server->click(3);
+    server->pressButton(2);
+    server->movePointer(400, 100);
+    server->releaseButton(2);
+    ASSERT_TRUE(next(NSEventType::otherMouseUp));
+    std::vector<std::pair<NSEventType, int>> told;
+    for (const DisplayEvent& event : heard.events) {
+        if (event.type == NSEventType::mouseMoved) continue;
+        told.emplace_back(event.type, event.clickCount);
+        EXPECT_EQ(event.window, window);
+    }
+    using enum NSEventType;
+    EXPECT_EQ(told, (std::vector<std::pair<NSEventType, int>>{{leftMouseDown, 1},
+                                                              {leftMouseUp, 1},
+                                                              {leftMouseDown, 2},
+                                                              {leftMouseUp, 2},
+                                                              {rightMouseDown, 1},
+                                                              {rightMouseUp, 1},
+                                                              {otherMouseDown, 1},
+                                                              {otherMouseDragged, 0},
+                                                              {otherMouseUp, 1}}));
+    EXPECT_EQ(heard.events.back().windowUnderPointer, 0);
+    EXPECT_EQ(heard.events.back().location, (CGPoint{400, 500}));
+    EXPECT_EQ(heard.events.back().buttonNumber, 2);
+}
+
+TEST_F(X11DisplayTest, TellsOutsideEventsOnlyWhileAsked) {
+    const auto window = show(card({{100, 100}, {100, 100}}), plain(100, 100, 0xFF00AA00));
+    const auto wander = [&](bool hears) {
+        server->movePointer(400, 100);
+        ASSERT_TRUE(!hears || waitFor([&] { return !heard.events.empty(); }));
+        server->click(1);
+        server->click(4);
+        server->pressKey(56);  // the key of B
+        server->releaseKey(56);
+        // Comes in any case, and last.
+        server->movePointer(150, 450);
+        ASSERT_TRUE(waitFor([&] { return !heard.events.empty() && heard.events.back().window == window; }));
+    };
+    wander(false);
+    EXPECT_EQ(heard.events.size(), 1U);
+    heard.events.clear();
+
+    display->setReportsOutsideEvents(true);
+    settle();
+    wander(true);
+    std::vector<NSEventType> types;
+    for (const DisplayEvent& event : heard.events) types.push_back(event.type);
+    using enum NSEventType;
+    EXPECT_EQ(types,
+              (std::vector{mouseMoved, leftMouseDown, leftMouseUp, scrollWheel, keyDown, keyUp, mouseMoved}));
+    ASSERT_EQ(heard.events.size(), 7U);
+    for (std::size_t place = 0; place < 6; ++place) {
+        EXPECT_TRUE(heard.events[place].outside);
+        EXPECT_EQ(heard.events[place].window, 0);
+    }
+    EXPECT_GT(heard.events[3].scrollingDeltaY, 0);
+    EXPECT_EQ(heard.events[4].keyCode, 11);
+    EXPECT_EQ(heard.events[4].characters, "b");
+    EXPECT_FALSE(heard.events[6].outside) << "ours comes once, as ours";
+    heard.events.clear();
+
+    display->setReportsOutsideEvents(false);
+    settle();
+    wander(true);
+    // The way out of the window is told always.
+    ASSERT_EQ(heard.events.size(), 2U);
+    EXPECT_TRUE(heard.events[0].outside);
+    EXPECT_EQ(heard.events[0].type, mouseMoved);
+}
+
+TEST_F(X11DisplayTest, FollowsMonitorsWorkAreaAndScale) {
+    ASSERT_EQ(display->screens().size(), 1U);
+    EXPECT_EQ(display->screens()[0].frame, (CGRect{{0, 0}, {kWidth, kHeight}}));
+    EXPECT_EQ(display->screens()[0].visibleFrame, display->screens()[0].frame) << "nobody keeps a work area";
+    const auto window = show(card({{100, 100}, {50, 50}}), plain(50, 50, 0xFF00AA00));
+
+    // The lower one is primary, so the origin moves up and the window's frame down.
+    if (server->run({"xrandr", "--setmonitor", "upper", "800/211x200/53+0+0", "none"}) != 0)
+        GTEST_SKIP() << "xrandr isn't installed here";
+    ASSERT_EQ(server->run({"xrandr", "--setmonitor", "*lower", "800/211x300/79+0+200", "screen"}), 0);
+    ASSERT_TRUE(waitFor([&] { return display->screens().size() == 2; }));
+    EXPECT_GT(heard.screenChanges, 0);
+    auto screens = display->screens();
+    EXPECT_EQ(screens[0].frame, (CGRect{{0, 0}, {800, 300}}));
+    EXPECT_EQ(screens[1].frame, (CGRect{{0, 300}, {800, 200}}));
+    ASSERT_TRUE(waitFor([&] { return !heard.moves.empty(); }));
+    EXPECT_EQ(heard.moves.back(), (CGRect{{100, 0}, {50, 50}}));
+    EXPECT_EQ(pixel(100, 450), 0x00AA00U) << "it stays on the glass";
+
+    // A panel of 30 pixels above and one of 40 below; each monitor has its part.
+    server->setProperty(server->root(), "_NET_WORKAREA", "CARDINAL", {0, 30, 800, 430});
+    ASSERT_TRUE(waitFor([&] { return display->screens()[0].visibleFrame.size.height != 300; }));
+    screens = display->screens();
+    EXPECT_EQ(screens[0].visibleFrame, (CGRect{{0, 40}, {800, 260}}));
+    EXPECT_EQ(screens[1].visibleFrame, (CGRect{{0, 300}, {800, 170}}));
+
+    server->setText(server->root(), "RESOURCE_MANAGER", "*font: fixed\nXft.dpi:\t192\n");
+    ASSERT_TRUE(waitFor([&] { return display->screens()[0].scale == 2; }));
+    EXPECT_EQ(display->screens()[0].frame, (CGRect{{0, 0}, {400, 150}}));
+    display->updateWindow(window, card({{10, 20}, {50, 30}}));
+    const Pixels pixels = plain(100, 60, 0xFFCC00CC);
+    DisplaySurface surface = pixels.surface();
+    surface.scale = 2;
+    display->present(window, surface);
+    EXPECT_EQ(pixel(20, 400), 0xCC00CCU);
+    EXPECT_EQ(pixel(119, 459), 0xCC00CCU);
+    EXPECT_NE(pixel(120, 460), 0xCC00CCU);
+    const auto picture = display->capture({{10, 20}, {50, 30}}, {window});
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->width, 100);
+}
+
+TEST_F(X11DisplayTest, NamesKeysByTheServersLayout) {
+    EXPECT_EQ(display->keyText(0), "a");
+    EXPECT_EQ(display->keyText(36), "") << "Return has no text";
+    if (server->run({"setxkbmap", "fr"}) != 0) GTEST_SKIP() << "setxkbmap isn't installed here";
+    ASSERT_TRUE(waitFor([&] { return display->keyText(0) == "q"; }));
+    EXPECT_EQ(Sauce::shared().currentKeyCode(Key::q), 0);
+    EXPECT_EQ(display->keyText(41), "m");
+}
+
+TEST_F(X11DisplayTest, CutsOutWhatNobodyBlends) {
+    server->addWindow(100, 100, 200, 200, 0x123456);
+    Pixels pixels = plain(100, 100, 0);
+    for (std::size_t y = 25; y < 75; ++y)
+        for (std::size_t x = 25; x < 75; ++x) pixels.values[y * 100 + x] = 0xFF00AA00;
+    pixels.values[25 * 100 + 24] = 0xC0006000;  // a soft edge
+    auto state = card({{120, 380}, {100, 100}});
+    state.opaque = false;
+    const auto window = show(state, pixels);
+    EXPECT_EQ(pixel(125, 125), 0x123456U);
+    EXPECT_EQ(pixel(145, 145), 0x00AA00U);
+    EXPECT_EQ(pixel(195, 194), 0x123456U);
+    EXPECT_EQ(pixel(144, 145), 0x008000U) << "its own colour, not a dark one";
+    state.alpha = 0;
+    display->updateWindow(window, state);
+    EXPECT_EQ(pixel(145, 145), 0x123456U);
+    state.alpha = 0.5;
+    display->updateWindow(window, state);
+    EXPECT_EQ(pixel(145, 145), 0x00AA00U);
+    EXPECT_EQ(server->property(static_cast<std::uint32_t>(window), "_NET_WM_WINDOW_OPACITY"),
+              std::vector{0x7FFFFFFFU});
+
+    // With a compositing manager the shape goes, and the pixels are wanted with their alpha.
+    server->pretendCompositor(true);
+    ASSERT_TRUE(waitFor([&] { return !heard.wantPixels.empty(); }));
+    EXPECT_EQ(heard.wantPixels, std::vector{window});
+    display->present(window, pixels.surface());
+    const auto picture = display->capture(state.frame, {window});
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->pixel(0, 0), 0U);
+    EXPECT_EQ(picture->pixel(50, 50), 0x80005500U) << "under the window's alpha";
+    server->pretendCompositor(false);
+    ASSERT_TRUE(waitFor([&] { return heard.wantPixels.size() == 2; }));
+}
+
+TEST_F(X11DisplayTest, ListsAndCapturesWindows) {
+    const auto foreign = static_cast<DisplayWindowNumber>(server->addWindow(100, 100, 100, 100, 0x123456));
+    server->setText(static_cast<std::uint32_t>(foreign), "WM_NAME", "Reader");
+    server->setText(static_cast<std::uint32_t>(foreign), "WM_CLASS", std::string("reader\0Reader App\0", 18));
+    server->setProperty(static_cast<std::uint32_t>(foreign), "_NET_WM_PID", "CARDINAL", {4711});
+    auto state = card({{150, 350}, {100, 100}});
+    state.title = "Tip";
+    const auto window = show(state, plain(100, 100, 0xFF00AA00));
+    const auto hidden = display->openWindow(card({{0, 0}, {10, 10}}));
+
+    const auto list = display->windowList(true);
+    ASSERT_EQ(list.size(), 2U);
+    EXPECT_EQ(list[0].number, window);
+    EXPECT_EQ(list[0].name, "Tip");
+    EXPECT_EQ(list[0].level, NSFloatingWindowLevel);
+    EXPECT_EQ(list[1].number, foreign);
+    EXPECT_EQ(list[1].ownerName, "Reader App");
+    EXPECT_EQ(list[1].ownerProcess, 4711);
+    EXPECT_EQ(list[1].name, "Reader");
+    EXPECT_EQ(list[1].frame, (CGRect{{100, 400}, {100, 100}}));
+    const auto all = display->windowList(false);
+    ASSERT_EQ(all.size(), 3U);
+    EXPECT_EQ(all[2].number, hidden);
+    EXPECT_FALSE(all[2].onScreen);
+
+    const CGRect both{{100, 350}, {150, 150}};
+    auto picture = display->capture(both, {window, foreign});
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->pixel(0, 0), 0xFF123456U);
+    EXPECT_EQ(picture->pixel(60, 60), 0xFF00AA00U) << "ours is in front";
+    EXPECT_EQ(picture->pixel(149, 0), 0U);
+    state.sharesPixels = false;
+    display->updateWindow(window, state);
+    picture = display->capture(both, {window});
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->pixel(60, 60), 0U);
+}
+
+TEST_F(X11DisplayTest, PassesTheWishToClose) {
+    DisplayWindowState titled = card({{300, 300}, {50, 50}}, NSNormalWindowLevel);
+    titled.styleMask = NSWindowStyleMaskTitled | NSWindowStyleMaskClosable;
+    const auto window = show(titled, plain(50, 50, 0xFF0000AA));
+    server->requestClose(static_cast<std::uint32_t>(window));
+    ASSERT_TRUE(waitFor([&] { return !heard.closing.empty(); }));
+    EXPECT_EQ(heard.closing, std::vector{window});
+}
+
+TEST_F(X11DisplayTest, SurvivesTheEndOfItsServer) {
+    const auto window = show(card({{100, 100}, {50, 50}}), plain(50, 50, 0xFF00AA00));
+    display->setReportsOutsideEvents(true);
+    server->stop();
+    // Writing to it before the loss was told must not end the process either.
+    for (int time = 0; time < 100; ++time) display->updateWindow(window, card({{1.0 * time, 0}, {50, 50}}));
+    ASSERT_TRUE(waitFor([&] { return !heard.losses.empty(); }));
+    EXPECT_TRUE(display->isLost());
+    EXPECT_EQ(display->openWindow(card({{0, 0}, {10, 10}})), 0);
+    display->orderFront(window, true);
+    display->focusWindow(window);
+    display->present(window, plain(50, 50, 0xFF00AA00).surface());
+    display->closeWindow(window);
+    EXPECT_EQ(display->windowAt({10, 10}), 0);
+    EXPECT_TRUE(display->windowList(false).empty());
+    EXPECT_FALSE(display->capture({{0, 0}, {10, 10}}, {window}));
+    EXPECT_FALSE(display->screens().empty());
+    EXPECT_EQ(heard.losses.size(), 1U);
+}
+
+TEST_F(X11DisplayTest, IsTheDefaultWhereItsServerCanBeReached) {
+    ::setenv("DISPLAY", server->display().c_str(), 1);
+    EXPECT_TRUE(std::dynamic_pointer_cast<X11Display>(openDefaultDisplay()));
+    server->stop();
+    EXPECT_TRUE(std::dynamic_pointer_cast<HeadlessDisplay>(openDefaultDisplay()));
+    ::unsetenv("DISPLAY");
+    EXPECT_TRUE(std::dynamic_pointer_cast<HeadlessDisplay>(openDefaultDisplay()));
+}
+
+TEST_F(X11DisplayTest, LivesWithAWindowManager) {
+    const auto manager = server->start({"openbox"});
+    if (!manager) GTEST_SKIP() << "openbox isn't installed here";
+    ASSERT_TRUE(
+        waitFor([&] { return !server->property(server->root(), "_NET_SUPPORTING_WM_CHECK").empty(); }));
+    const auto other = server->addWindow(0, 0, 50, 50, 0);
+    server->focus(other);
+    DisplayWindowState titled = card({{300, 300}, {100, 100}}, NSNormalWindowLevel);
+    titled.styleMask = NSWindowStyleMaskTitled | NSWindowStyleMaskClosable | NSWindowStyleMaskResizable;
+    const auto window = show(titled, plain(100, 100, 0xFF0000AA));
+    const auto tip = show(card({{320, 320}, {20, 20}}), plain(20, 20, 0xFF00AA00));
+    const auto managed = [&] {
+        return server->property(server->root(), "_NET_CLIENT_LIST_STACKING") ==
+               std::vector{static_cast<std::uint32_t>(window)};
+    };
+    ASSERT_TRUE(waitFor([&] { return managed() && pixel(350, 220) == 0x0000AA; }));
+    EXPECT_EQ(pixel(330, 270), 0x00AA00U) << "the tip is over it";
+    EXPECT_EQ(display->windowAt({310, 310}), window) << "inside of the manager's frame";
+    EXPECT_EQ(display->windowAt({330, 330}), tip);
+    EXPECT_TRUE(heard.moves.empty()) << "where the program wanted it";
+    EXPECT_EQ(server->focusedWindow(), other) << "showing is not focusing";
+    EXPECT_TRUE(display->isOnActiveSpace(window));
+
+    display->focusWindow(window);
+    ASSERT_TRUE(waitFor([&] { return !heard.focus.empty() && heard.focus.back() == window; }));
+    EXPECT_EQ(pixel(330, 270), 0x00AA00U) << "raising what it manages leaves ours in front";
+    titled.frame = {{200, 200}, {120, 110}};
+    display->updateWindow(window, titled);
+    display->present(window, plain(120, 110, 0xFF0000AA).surface());
+    ASSERT_TRUE(waitFor([&] { return pixel(201, 399) == 0x0000AA; }));
+    const auto list = display->windowList(true);
+    ASSERT_EQ(list.size(), 2U);
+    EXPECT_EQ(list[0].number, tip);
+    EXPECT_EQ(list[1].number, window);
+    EXPECT_EQ(list[1].frame, titled.frame);
 }
 
 }  // namespace
