@@ -11,6 +11,7 @@
 #include "Classes/Core/Extension/AppKit/NSTextExtension.h"
 #include "Classes/Core/Extension/AppKit/NSViewControllerExtension.h"
 #include "Classes/Core/Extension/AppKit/NSViewExtension.h"
+#include "Classes/Core/Utility/ZQTargetBindable.h"
 #include "Platform/AppKit/NSScrollView.h"
 #include "Platform/AppKit/NSStackView.h"
 #include "Platform/AppKit/NSTextField.h"
@@ -56,6 +57,19 @@ TEST_F(ControlExtensionTest, ImageButtonsToggle) {
     EXPECT_TRUE(button->contentTintColor()->isEqual(*NSColor::blackColor()));
     zq_update(*button, std::nullopt, nullptr, nullptr);
     EXPECT_EQ(button->title(), "");
+}
+
+TEST_F(ControlExtensionTest, ButtonsTakeAFunctionInThePlaceOfATarget) {
+    const auto button = makeObject<NSButton>(CGRectMake(10, 10, 80, 24));
+    content->addSubview(button);
+    int pressed = 0;
+    zq_bindAction(button, [&](NSButton& sender) { pressed += &sender == button.get() ? 1 : 100; });
+    ui.turn();
+    ui.display().click({130, 220});
+    EXPECT_EQ(pressed, 1);
+    zq_bindAction(button, {});
+    ui.display().click({130, 220});
+    EXPECT_EQ(pressed, 1);
 }
 
 TEST_F(ControlExtensionTest, StacksHideAndShowTheirViews) {
