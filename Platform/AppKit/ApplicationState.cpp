@@ -6,12 +6,14 @@
 
 #include "Platform/AppKit/EventMonitors.h"
 #include "Platform/AppKit/GuardedCall.h"
+#include "Platform/AppKit/NSScreen.h"
 #include "Platform/AppKit/NSTrackingArea.h"
 #include "Platform/AppKit/NSView.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Base/Clock.h"
 #include "Platform/Base/NSLog.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
+#include "Platform/Graphics/ScreenScale.h"
 
 namespace zqcore::platform {
 
@@ -102,6 +104,7 @@ void NSApplication::State::displayScreensChanged() {
         window->needsPixels_ = true;
         window->markForDisplay();
     }
+    tellMainScreenScale();
     NSNotificationCenter::defaultCenter().postNotificationName(
         NSApplicationDidChangeScreenParametersNotification, application.shared_from_this());
 }
@@ -193,10 +196,22 @@ void NSApplication::State::setKeyWindow(const std::shared_ptr<NSWindow>& window)
     if (old == window) return;
     keyWindow = window;
     display->focusWindow(window ? window->windowNumber() : 0);
+    tellMainScreenScale();
     if (old) guardedCall("resignKeyWindow", [&] { old->resignKeyWindow(); });
     // A handler of the resigning may have chosen another one.
     if (window && keyWindow.lock() == window)
         guardedCall("becomeKeyWindow", [&] { window->becomeKeyWindow(); });
+}
+
+// Drawing stands below screens and can't ask for the scale of the main one.
+void NSApplication::State::tellMainScreenScale() const {
+    const auto key = keyWindow.lock();
+    const auto screen = key ? key->screen() : nullptr;
+    if (screen) {
+        setMainScreenScale(screen->backingScaleFactor());
+    } else if (const auto screens = display->screens(); !screens.empty()) {
+        setMainScreenScale(screens.front().scale);
+    }
 }
 
 void NSApplication::State::tellAppearance() {

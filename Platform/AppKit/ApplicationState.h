@@ -52,6 +52,7 @@ struct NSApplication::State final : DisplayHandler {
     /// The frontmost visible window that can take the keys; null without one.
     [[nodiscard]] std::shared_ptr<NSWindow> nextKeyWindow() const;
     void tellAppearance();
+    void tellMainScreenScale() const;
     void runDisplayPass();
 };
 

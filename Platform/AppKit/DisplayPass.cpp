@@ -60,17 +60,19 @@ void DisplayPass::updateTracking(NSView& view) {
 }
 
 // Also what is scrolled out of sight draws now, at its first pass in a window.
-void DisplayPass::drawMarked(NSView& view) {
+void DisplayPass::drawMarked(NSView& view, CGFloat scale) {
     if (view.isHidden()) return;
-    if (std::exchange(view.needsDisplay_, false)) {
+    // Kept operations are sharp at any scale, but the images among them chose their forms for one.
+    const bool coarse = view.layer()->isDrawnCoarserThan(scale);
+    if (std::exchange(view.needsDisplay_, false) || coarse) {
         if (view.wantsUpdateLayer()) {
             guardedCall("updateLayer", [&] { view.updateLayer(); });
         } else {
             view.layer()->setNeedsDisplay();
-            view.layer()->displayIfNeeded();
+            view.layer()->displayIfNeeded(scale);
         }
     }
-    for (const auto& subview : std::vector(view.subviews())) drawMarked(*subview);
+    for (const auto& subview : std::vector(view.subviews())) drawMarked(*subview, scale);
 }
 
 void DisplayPass::run(NSWindow& window) {
@@ -82,7 +84,7 @@ void DisplayPass::run(NSWindow& window) {
         if (content) {
             layout(*content);
             updateTracking(*content);
-            drawMarked(*content);
+            drawMarked(*content, window.backingScaleFactor());
         }
         if (window.isVisible() && std::exchange(window.needsPixels_, false)) present(window);
     });

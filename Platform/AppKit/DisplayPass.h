@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Base/CGGeometry.h"
+
 namespace zqcore::platform {
 
 class NSView;
@@ -19,7 +21,7 @@ class DisplayPass {
   private:
     static bool layoutMarked(NSView& view);
     static void updateTracking(NSView& view);
-    static void drawMarked(NSView& view);
+    static void drawMarked(NSView& view, CGFloat scale);
     static void present(NSWindow& window);
     static void scheduleFrame(NSWindow& window);
 };

@@ -38,6 +38,7 @@ const std::shared_ptr<NSApplication>& NSApplication::shared() {
 void NSApplication::setup() {
     state_->display = Display::current();
     state_->display->setHandler(state_.get());
+    state_->tellMainScreenScale();
     RunLoop::main().setTurnHandler(RunLoop::TurnPart::afterQueue, [this] { state_->runDisplayPass(); });
 }
 

@@ -59,9 +59,14 @@ void NSWindow::desktopMoved(const CGRect& frame) {
 
 void NSWindow::applyFrame(const CGRect& frame) {
     if (frame == frame_) return;
+    const CGFloat oldScale = backingScaleFactor();
     const CGRect old = std::exchange(frame_, frame);
     state_.frame = frame;
     auto& center = NSNotificationCenter::defaultCenter();
+    if (backingScaleFactor() != oldScale) {
+        needsPixels_ = true;
+        markForDisplay();
+    }
     if (old.size != frame.size) {
         needsPixels_ = true;
         if (contentView_) contentView_->setFrame({{0, 0}, frame.size});

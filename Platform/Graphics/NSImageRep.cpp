@@ -29,6 +29,8 @@ void NSCustomImageRep::draw(CGContext& context, const CGRect& rect) const {
     context.saveGState();
     context.translateBy(rect.origin.x, rect.origin.y);
     context.scaleBy(rect.size.width / own.width, rect.size.height / own.height);
+    // What the function draws beside its image isn't part of it.
+    context.clipTo(CGRect{{}, own});
     if (context.isFlipped() != flipped_) context.flip(own.height);
     {
         const GraphicsContextScope scope(borrowed);

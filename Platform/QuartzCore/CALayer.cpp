@@ -189,11 +189,15 @@ void CALayer::setNeedsDisplay() {
 
 bool CALayer::needsDisplay() const { return state_->needsDisplay && state_->draw; }
 
-void CALayer::displayIfNeeded() {
+void CALayer::displayIfNeeded(CGFloat scale) {
     if (!needsDisplay()) return;
     state_->needsDisplay = false;  // first: drawing may ask for the next one
     const std::function<void(CGContext&)> draw = state_->draw;
-    state_->drawn = std::make_unique<LayerRecording>(bounds(), contentsAreFlipped(), draw);
+    state_->drawn = std::make_unique<LayerRecording>(bounds(), contentsAreFlipped(), scale, draw);
+}
+
+bool CALayer::isDrawnCoarserThan(CGFloat scale) const {
+    return state_->drawn && state_->drawn->scale() < scale;
 }
 
 bool CALayer::hasContents() const { return state_->contents || state_->drawn; }

@@ -122,8 +122,11 @@ class ZQ_EXPORT CALayer : public NSObject {
     void setDrawHandler(std::function<void(CGContext&)> draw);
     void setNeedsDisplay();
     [[nodiscard]] bool needsDisplay() const;
-    /// Runs the draw handler now if it is due.
-    void displayIfNeeded();
+    /// Runs the draw handler now if it is due; images that it draws choose their form for `scale` pixels a
+    /// point.
+    void displayIfNeeded(CGFloat scale = 1);
+    /// Whether what the draw handler drew was for fewer pixels a point than `scale`.
+    [[nodiscard]] bool isDrawnCoarserThan(CGFloat scale) const;
 
     // Animation.
     /// Decides for each change of an animatable value; without a policy the layer is free. A policy that

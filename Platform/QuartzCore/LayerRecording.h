@@ -16,17 +16,21 @@ class CGContext;
 /// Threads: main. Failure: bounds without area record nothing, and the handler isn't called.
 class LayerRecording final {
   public:
-    /// Calls `draw` in the space of `bounds`.
-    LayerRecording(const CGRect& bounds, bool flipped, const std::function<void(CGContext&)>& draw);
+    /// Calls `draw` in the space of `bounds`, on a context that tells `scale` pixels a point, by which images
+    /// choose their form.
+    LayerRecording(const CGRect& bounds, bool flipped, CGFloat scale,
+                   const std::function<void(CGContext&)>& draw);
     ~LayerRecording();
     LayerRecording(const LayerRecording&) = delete;
     LayerRecording& operator=(const LayerRecording&) = delete;
 
     /// Draws it over `rect` of the present space, stretched where the size differs.
     void replay(CGContext& context, const CGRect& rect) const;
+    [[nodiscard]] CGFloat scale() const noexcept { return scale_; }
 
   private:
-    CGSize size_;
+    CGSize size_;  // in pixels of `scale_`
+    CGFloat scale_;
     _cairo_surface* surface_ = nullptr;
 };
 

@@ -50,13 +50,14 @@ void strokeInside(CGContext& context, const CGRect& bounds, CGFloat radius, CGFl
 struct LayerRenderer::Walk {
     CGContext& context;
     Clock::Instant now;
+    CGFloat scale;  // pixels a point of the root
 
     void draw(CALayer& layer) const {
         const CALayer::State& state = *layer.state_;
         if (state.hidden) return;
         const CALayer::Presentation shown = layer.presentationAt(now);
         if (!(shown.opacity > 0) || !isInvertible(shown.affineTransform)) return;
-        layer.displayIfNeeded();
+        layer.displayIfNeeded(scale);
 
         context.saveGState();
         enter(layer, shown);
@@ -132,7 +133,9 @@ void LayerRenderer::render(CALayer& layer, CGContext& context) {
 }
 
 void LayerRenderer::render(CALayer& layer, CGContext& context, Clock::Instant now) {
-    Walk{context, now}.draw(layer);
+    const CGAffineTransform toPixels = context.ctm();
+    const CGFloat scale = std::hypot(toPixels.a, toPixels.b);
+    Walk{context, now, scale > 0 ? scale : 1}.draw(layer);
 }
 
 void CALayer::drawContents(CGContext& context, const CGRect& bounds, Clock::Instant) {

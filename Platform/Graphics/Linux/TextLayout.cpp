@@ -74,6 +74,8 @@ guint16 channel(double value) {
 
 Attributes attributesOf(const std::vector<ByteRun>& runs, const std::vector<CGColor>& colors) {
     Attributes list(pango_attr_list_new());
+    // A word that is broken between its characters gets no hyphen that isn't in the text.
+    pango_attr_list_insert(list.get(), pango_attr_insert_hyphens_new(FALSE));
     for (std::size_t i = 0; i < runs.size(); ++i) {
         const auto description = fontDescription(runs[i].font->pointSize(), runs[i].font->weight());
         insert(list.get(), pango_attr_font_desc_new(description.get()), runs[i]);

@@ -8,16 +8,17 @@
 
 namespace zqcore::platform {
 
-LayerRecording::LayerRecording(const CGRect& bounds, bool flipped,
+LayerRecording::LayerRecording(const CGRect& bounds, bool flipped, CGFloat scale,
                                const std::function<void(CGContext&)>& draw)
-    : size_(bounds.size) {
+    : size_{bounds.size.width * scale, bounds.size.height * scale}, scale_(scale) {
     const bool hasArea = size_.width > 0 && size_.height > 0 && std::isfinite(size_.width * size_.height);
     if (!hasArea) return;
     const cairo_rectangle_t extents{0, 0, size_.width, size_.height};
     surface_ = cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, &extents);
     const auto context = CGContext::adopt(cairo_create(surface_), size_.height);
     if (!context) return;
-    if (flipped) context->flip(size_.height);
+    context->scaleBy(scale, scale);
+    if (flipped) context->flip(bounds.size.height);
     context->translateBy(-bounds.origin.x, -bounds.origin.y);
     draw(*context);
 }
