@@ -29,22 +29,29 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/ZQCoreConfigVersion.cmake C
 install(FILES ${CMAKE_BINARY_DIR}/ZQCoreConfig.cmake ${CMAKE_BINARY_DIR}/ZQCoreConfigVersion.cmake
     cmake/ZQInfoPlist.cmake DESTINATION ${package_dir})
 
-# What makes an application known, and started when it is asked for something: a desktop entry and a service of the
-# session bus. Written at installation, since only that knows the prefix.
-function(zq_install_startable identifier name program)
+# What makes an application known to the desktop, and what lets the session bus start it when it is asked for something.
+# Written at installation, since only that knows the prefix.
+function(zq_install_for_program program template folder identifier name)
+    get_filename_component(ending ${template} NAME_WLE)
+    get_filename_component(ending ${ending} LAST_EXT)
     install(CODE "
         set(identifier \"${identifier}\")
         set(name \"${name}\")
         set(program \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/${program}\")
-        set(data \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}\")
-        configure_file(\"${CMAKE_SOURCE_DIR}/cmake/application.desktop.in\"
-            \"\${data}/applications/${identifier}.desktop\" @ONLY)
-        configure_file(\"${CMAKE_SOURCE_DIR}/cmake/application.service.in\"
-            \"\${data}/dbus-1/services/${identifier}.service\" @ONLY)")
+        configure_file(\"${CMAKE_SOURCE_DIR}/cmake/${template}\"
+            \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/${folder}/${identifier}${ending}\" @ONLY)")
+endfunction()
+function(zq_install_desktop_entry identifier name program)
+    zq_install_for_program(${program} application.desktop.in applications ${identifier} "${name}")
+endfunction()
+function(zq_install_startable identifier name program)
+    zq_install_desktop_entry(${identifier} "${name}" ${program})
+    zq_install_for_program(${program} application.service.in dbus-1/services ${identifier} "${name}")
 endfunction()
 if(ZQ_APPS)
     zq_install_startable(com.tessaradev.Orbel Orbel orbel)
     zq_install_startable(com.tessaradev.OrbelHelper "Orbel Helper" orbel-helper)
+    zq_install_desktop_entry(com.tessaradev.Gallery Gallery gallery)
 endif()
 
 # Found from where it lies, so that the prefix may still change.
