@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "Apps/Common/ServerCommand.h"
+#include "Apps/Orbel/OrbelWindow.h"
 #include "Classes/Core/Utility/ZQConvert.h"
 #include "Classes/Log/Log/ZQLog.h"
 
@@ -52,6 +53,7 @@ void ServeTranslate::handle(const std::shared_ptr<RequestValue>& request, const 
         }
         default:
             ZQLogInfo([&] { return "translation asked for: " + std::string(caseText(action)); });
+            if (action == Action::showWindow) showMainWindow("Translation");
     }
     completion(ResponseValue::make());
 }
@@ -65,6 +67,7 @@ void ServeOCR::handle(const std::shared_ptr<RequestValue>& request, const ASComp
         return refuse(completion, Code::invalidParameter, "no image");
     }
     ZQLogInfo([&] { return "recognition asked for: " + std::string(caseText(action)); });
+    if (action == Action::showWindow) showMainWindow("Text recognition");
     completion(ResponseValue::make());
 }
 
