@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <ranges>
 #include <string>
 #include <utility>
@@ -140,8 +141,11 @@ std::vector<DisplayWindowInfo> X11WindowList::list(bool onScreenOnly) const {
         if (std::ranges::find(found, window->number(), &DisplayWindowInfo::number) == found.end())
             found.push_back(describe(*window));
     }
-    std::ranges::stable_partition(found, &DisplayWindowInfo::onScreen);
-    if (onScreenOnly) std::erase_if(found, [](const DisplayWindowInfo& info) { return !info.onScreen; });
+    std::vector<DisplayWindowInfo> hidden;
+    const auto isHidden = [](const DisplayWindowInfo& info) { return !info.onScreen; };
+    if (!onScreenOnly) std::ranges::copy_if(found, std::back_inserter(hidden), isHidden);
+    std::erase_if(found, isHidden);
+    found.insert(found.end(), hidden.begin(), hidden.end());
     return found;
 }
 

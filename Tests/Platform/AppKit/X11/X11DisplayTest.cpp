@@ -491,5 +491,28 @@ TEST_F(X11DisplayTest, LivesWithAWindowManager) {
     EXPECT_EQ(list[1].frame, titled.frame);
 }
 
+TEST_F(X11DisplayTest, BlendsUnderACompositingManager) {
+    server->addWindow(100, 100, 200, 200, 0x804020);
+    auto state = card({{120, 380}, {100, 100}});
+    state.opaque = false;
+    const auto window = show(state, plain(100, 100, 0x80000080));
+    const auto manager = server->start({"picom", "--config", "/dev/null", "--backend", "xrender"});
+    if (!manager) GTEST_SKIP() << "picom isn't installed here";
+    ASSERT_TRUE(waitFor([&] { return !heard.wantPixels.empty(); }));
+    display->present(window, plain(100, 100, 0x80000080).surface());
+    const auto near = [&](std::uint32_t color) {
+        const std::uint32_t there = pixel(150, 150);
+        for (const int shift : {16, 8, 0})
+            if (std::abs(static_cast<int>(there >> shift & 0xFF) - static_cast<int>(color >> shift & 0xFF)) >
+                3)
+                return false;
+        return true;
+    };
+    EXPECT_TRUE(waitFor([&] { return near(0x402090); })) << std::hex << pixel(150, 150);
+    state.alpha = 0.5;
+    display->updateWindow(window, state);
+    EXPECT_TRUE(waitFor([&] { return near(0x603058); })) << std::hex << pixel(150, 150);
+}
+
 }  // namespace
 }  // namespace zqcore::platform
