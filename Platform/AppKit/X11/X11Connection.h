@@ -92,9 +92,10 @@ class X11Connection final {
     /// Called when the last `Use` ends and events were read meanwhile, or the server was lost.
     void setPendingHandler(std::function<void()> handler) { pending_ = std::move(handler); }
 
-    /// Stands round every use of the connection. Writing to a server that is gone would raise SIGPIPE, which
-    /// ends a process that hasn't provided for it; it is held back here and only here, since both the mask
-    /// and the disposition would be inherited by child processes. At its end the requests are sent.
+    /// Stands round every use of the connection; at its end the requests are sent. The client library looks
+    /// whether the server is there before it writes, but one that goes in between raises SIGPIPE, which ends
+    /// a process that hasn't provided for it. It is held back here and only here, since both the mask and the
+    /// disposition would be inherited by child processes.
     class Use final {
       public:
         explicit Use(X11Connection& connection);
