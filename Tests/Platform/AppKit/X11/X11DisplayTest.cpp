@@ -1,114 +1,10 @@
-#include "Platform/AppKit/X11/X11Display.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <chrono>
 #include <cstdlib>
-#include <functional>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "Platform/AppKit/DefaultDisplay.h"
 #include "Platform/AppKit/Headless/HeadlessDisplay.h"
-#include "Platform/AppKit/NSWindow.h"
-#include "Platform/Graphics/CGRect.h"
-#include "Platform/Keyboard/Sauce.h"
-#include "TestKit/UI/XvfbServer.h"
+#include "Tests/Platform/AppKit/X11/X11DisplayFixture.h"
 
 namespace zqcore::platform {
-namespace {
-
-using namespace std::chrono_literals;
-using testkit::XvfbServer;
-
-constexpr int kWidth = 800;
-constexpr int kHeight = 600;
-
-struct Recorder final : DisplayHandler {
-    std::vector<DisplayEvent> events;
-    std::vector<DisplayWindowNumber> focus, closing, wantPixels;
-    std::vector<bool> activity;
-    std::vector<CGRect> moves;
-    std::vector<std::string> losses;
-    int screenChanges = 0;
-
-    void displaySentEvent(const DisplayEvent& event) override { events.push_back(event); }
-    void displayScreensChanged() override { ++screenChanges; }
-    void displayAppearanceChanged(DisplayAppearance) override {}
-    void displayActivationChanged(bool active) override { activity.push_back(active); }
-    void displayFocusChanged(DisplayWindowNumber window) override { focus.push_back(window); }
-    void displayWindowMoved(DisplayWindowNumber, const CGRect& frame) override { moves.push_back(frame); }
-    void displayWindowCloseRequested(DisplayWindowNumber window) override { closing.push_back(window); }
-    void displayWindowNeedsPixels(DisplayWindowNumber window) override { wantPixels.push_back(window); }
-    void displayLost(std::string_view reason) override { losses.emplace_back(reason); }
-};
-
-struct Pixels {
-    int width, height;
-    std::vector<std::uint32_t> values;
-    [[nodiscard]] DisplaySurface surface() const {
-        return {width, height, static_cast<std::size_t>(width) * 4, values.data(), 1};
-    }
-};
-
-Pixels plain(int width, int height, std::uint32_t color) {
-    return {width, height, std::vector<std::uint32_t>(static_cast<std::size_t>(width * height), color)};
-}
-
-class X11DisplayTest : public testing::Test {
-  protected:
-    void SetUp() override {
-        server = std::make_unique<XvfbServer>(kWidth, kHeight);
-        if (!server->running()) GTEST_SKIP() << "Xvfb isn't installed here, or didn't come up";
-        open();
-    }
-    void TearDown() override { display.reset(); }
-
-    void open() {
-        std::string reason;
-        display = X11Display::open(server->display(), &reason);
-        ASSERT_TRUE(display) << reason;
-        display->setHandler(&heard);
-    }
-    /// Looks again after every event, and for what the server does without telling us every few moments.
-    static bool waitFor(const std::function<bool()>& done) {
-        for (int look = 0; look < 500; ++look)
-            if (RunLoop::main().runUntil(done, 20ms)) return true;
-        return false;
-    }
-    /// The server has done all that the display asked for.
-    void settle() const { (void)display->pointerLocation(); }
-    [[nodiscard]] std::uint32_t pixel(int x, int y) const {
-        settle();
-        return server->pixel(x, y);
-    }
-    DisplayWindowNumber show(const DisplayWindowState& state, const Pixels& pixels) {
-        const auto window = display->openWindow(state);
-        display->orderFront(window, true);
-        display->present(window, pixels.surface());
-        settle();
-        return window;
-    }
-    static DisplayWindowState card(CGRect frame, int level = NSFloatingWindowLevel) {
-        DisplayWindowState state;
-        state.frame = frame;
-        state.level = level;
-        return state;
-    }
-    /// Waits for an event of a type; null if none comes.
-    const DisplayEvent* next(NSEventType type) {
-        const auto found = [&] { return std::ranges::find(heard.events, type, &DisplayEvent::type); };
-        waitFor([&] { return found() != heard.events.end(); });
-        return found() == heard.events.end() ? nullptr : &*found();
-    }
-
-    std::unique_ptr<XvfbServer> server;
-    std::shared_ptr<X11Display> display;
-    Recorder heard;
-};
 
 TEST_F(X11DisplayTest, ShowsPixelsWhereTheFrameLies) {
     Pixels pixels = plain(100, 50, 0xFF2040C0);
@@ -155,141 +51,6 @@ TEST_F(X11DisplayTest, KeepsTheOrderOfLevels) {
     EXPECT_EQ(pixel(120, 470), 0x00AA00U);
 }
 
-TEST_F(X11DisplayTest, TakesTheFocusOnlyWhenAsked) {
-    const auto other = server->addWindow(0, 0, 50, 50, 0);
-    server->focus(other);
-    show(card({{100, 100}, {50, 50}}), plain(50, 50, 0xFF00AA00));
-    DisplayWindowState titled = card({{300, 300}, {50, 50}}, NSNormalWindowLevel);
-    titled.styleMask = NSWindowStyleMaskTitled;
-    const auto window = show(titled, plain(50, 50, 0xFF0000AA));
-    EXPECT_EQ(server->focusedWindow(), other);
-
-    display->focusWindow(window);
-    ASSERT_TRUE(waitFor([&] { return !heard.focus.empty(); }));
-    EXPECT_EQ(heard.focus, std::vector{window});
-    EXPECT_EQ(server->focusedWindow(), static_cast<std::uint32_t>(window));
-    server->pressKey(38);  // the key of A
-    const auto* down = next(NSEventType::keyDown);
-    ASSERT_TRUE(down);
-    EXPECT_EQ(down->window, window);
-    EXPECT_FALSE(down->outside);
-    EXPECT_EQ(down->keyCode, 0);
-    EXPECT_EQ(down->characters, "a");
-
-    server->focus(other);
-    ASSERT_TRUE(waitFor([&] { return heard.focus.size() == 2; }));
-    EXPECT_EQ(heard.focus.back(), 0);
-    EXPECT_EQ(heard.activity, std::vector{false});
-    // One that isn't shown yet gets the focus with its showing.
-    const auto late = display->openWindow(titled);
-    display->focusWindow(late);
-    settle();
-    EXPECT_EQ(server->focusedWindow(), other);
-    display->orderFront(late, true);
-    ASSERT_TRUE(waitFor([&] { return heard.focus.back() == late; }));
-    EXPECT_EQ(heard.activity, (std::vector{false, true}));
-    display->focusWindow(0);
-    settle();
-    EXPECT_NE(server->focusedWindow(), static_cast<std::uint32_t>(late));
-}
-
-TEST_F(X11DisplayTest, LetsClicksThroughToTheWindowBelow) {
-    server->addWindow(100, 100, 200, 200, 0x123456);
-    auto state = card({{100, 300}, {200, 200}});
-    state.ignoresMouse = true;
-    const auto window = show(state, plain(200, 200, 0xFF00AA00));
-    server->movePointer(200, 200);
-    server->click(1);
-    EXPECT_EQ(server->pressesHeard(), 1);
-    EXPECT_EQ(display->windowAt({200, 400}), 0);
-    state.ignoresMouse = false;
-    display->updateWindow(window, state);
-    settle();
-    server->click(1);
-    EXPECT_EQ(server->pressesHeard(), 1);
-    const auto* down = next(NSEventType::leftMouseDown);
-    ASSERT_TRUE(down);
-    EXPECT_EQ(down->window, window);
-    EXPECT_EQ(down->location, (CGPoint{200, 400}));
-    EXPECT_EQ(display->windowAt({200, 400}), window);
-}
-
-TEST_F(X11DisplayTest, CountsClicksNamesButtonsAndHoldsTheGrab) {
-    const auto window = show(card({{100, 100}, {100, 100}}), plain(100, 100, 0xFF00AA00));
-    server->movePointer(150, 450);
-    server->click(1);
-    server->click(1);
-    server->click(3);
-    server->pressButton(2);
-    server->movePointer(400, 100);
-    server->releaseButton(2);
-    ASSERT_TRUE(next(NSEventType::otherMouseUp));
-    std::vector<std::pair<NSEventType, int>> told;
-    for (const DisplayEvent& event : heard.events) {
-        if (event.type == NSEventType::mouseMoved) continue;
-        told.emplace_back(event.type, event.clickCount);
-        EXPECT_EQ(event.window, window);
-    }
-    using enum NSEventType;
-    EXPECT_EQ(told, (std::vector<std::pair<NSEventType, int>>{{leftMouseDown, 1},
-                                                              {leftMouseUp, 1},
-                                                              {leftMouseDown, 2},
-                                                              {leftMouseUp, 2},
-                                                              {rightMouseDown, 1},
-                                                              {rightMouseUp, 1},
-                                                              {otherMouseDown, 1},
-                                                              {otherMouseDragged, 0},
-                                                              {otherMouseUp, 1}}));
-    EXPECT_EQ(heard.events.back().windowUnderPointer, 0);
-    EXPECT_EQ(heard.events.back().location, (CGPoint{400, 500}));
-    EXPECT_EQ(heard.events.back().buttonNumber, 2);
-}
-
-TEST_F(X11DisplayTest, TellsOutsideEventsOnlyWhileAsked) {
-    const auto window = show(card({{100, 100}, {100, 100}}), plain(100, 100, 0xFF00AA00));
-    const auto wander = [&](bool hears) {
-        server->movePointer(400, 100);
-        ASSERT_TRUE(!hears || waitFor([&] { return !heard.events.empty(); }));
-        server->click(1);
-        server->click(4);
-        server->pressKey(56);  // the key of B
-        server->releaseKey(56);
-        // Comes in any case, and last.
-        server->movePointer(150, 450);
-        ASSERT_TRUE(waitFor([&] { return !heard.events.empty() && heard.events.back().window == window; }));
-    };
-    wander(false);
-    EXPECT_EQ(heard.events.size(), 1U);
-    heard.events.clear();
-
-    display->setReportsOutsideEvents(true);
-    settle();
-    wander(true);
-    std::vector<NSEventType> types;
-    for (const DisplayEvent& event : heard.events) types.push_back(event.type);
-    using enum NSEventType;
-    EXPECT_EQ(types,
-              (std::vector{mouseMoved, leftMouseDown, leftMouseUp, scrollWheel, keyDown, keyUp, mouseMoved}));
-    ASSERT_EQ(heard.events.size(), 7U);
-    for (std::size_t place = 0; place < 6; ++place) {
-        EXPECT_TRUE(heard.events[place].outside);
-        EXPECT_EQ(heard.events[place].window, 0);
-    }
-    EXPECT_GT(heard.events[3].scrollingDeltaY, 0);
-    EXPECT_EQ(heard.events[4].keyCode, 11);
-    EXPECT_EQ(heard.events[4].characters, "b");
-    EXPECT_FALSE(heard.events[6].outside) << "ours comes once, as ours";
-    heard.events.clear();
-
-    display->setReportsOutsideEvents(false);
-    settle();
-    wander(true);
-    // The way out of the window is told always.
-    ASSERT_EQ(heard.events.size(), 2U);
-    EXPECT_TRUE(heard.events[0].outside);
-    EXPECT_EQ(heard.events[0].type, mouseMoved);
-}
-
 TEST_F(X11DisplayTest, FollowsMonitorsWorkAreaAndScale) {
     ASSERT_EQ(display->screens().size(), 1U);
     EXPECT_EQ(display->screens()[0].frame, (CGRect{{0, 0}, {kWidth, kHeight}}));
@@ -330,15 +91,6 @@ TEST_F(X11DisplayTest, FollowsMonitorsWorkAreaAndScale) {
     const auto picture = display->capture({{10, 20}, {50, 30}}, {window});
     ASSERT_TRUE(picture);
     EXPECT_EQ(picture->width, 100);
-}
-
-TEST_F(X11DisplayTest, NamesKeysByTheServersLayout) {
-    EXPECT_EQ(display->keyText(0), "a");
-    EXPECT_EQ(display->keyText(36), "") << "Return has no text";
-    if (server->run({"setxkbmap", "fr"}) != 0) GTEST_SKIP() << "setxkbmap isn't installed here";
-    ASSERT_TRUE(waitFor([&] { return display->keyText(0) == "q"; }));
-    EXPECT_EQ(Sauce::shared().currentKeyCode(Key::q), 0);
-    EXPECT_EQ(display->keyText(41), "m");
 }
 
 TEST_F(X11DisplayTest, CutsOutWhatNobodyBlends) {
@@ -412,15 +164,6 @@ TEST_F(X11DisplayTest, ListsAndCapturesWindows) {
     picture = display->capture(both, {window});
     ASSERT_TRUE(picture);
     EXPECT_EQ(picture->pixel(60, 60), 0U);
-}
-
-TEST_F(X11DisplayTest, PassesTheWishToClose) {
-    DisplayWindowState titled = card({{300, 300}, {50, 50}}, NSNormalWindowLevel);
-    titled.styleMask = NSWindowStyleMaskTitled | NSWindowStyleMaskClosable;
-    const auto window = show(titled, plain(50, 50, 0xFF0000AA));
-    server->requestClose(static_cast<std::uint32_t>(window));
-    ASSERT_TRUE(waitFor([&] { return !heard.closing.empty(); }));
-    EXPECT_EQ(heard.closing, std::vector{window});
 }
 
 TEST_F(X11DisplayTest, SurvivesTheEndOfItsServer) {
@@ -514,5 +257,20 @@ TEST_F(X11DisplayTest, BlendsUnderACompositingManager) {
     EXPECT_TRUE(waitFor([&] { return near(0x603058); })) << std::hex << pixel(150, 150);
 }
 
-}  // namespace
+TEST_F(X11DisplayTest, WindowsStayOnTheirDesktop) {
+    server->setProperty(server->root(), "_NET_CURRENT_DESKTOP", "CARDINAL", {2});
+    const auto bound = show(card({{100, 100}, {50, 50}}), plain(50, 50, 0xFF00AA00));
+    auto state = card({{200, 100}, {50, 50}});
+    state.collectionBehavior = NSWindowCollectionBehaviorCanJoinAllSpaces;
+    const auto everywhere = show(state, plain(50, 50, 0xFF0000AA));
+    EXPECT_TRUE(display->isOnActiveSpace(bound));
+    server->setProperty(server->root(), "_NET_CURRENT_DESKTOP", "CARDINAL", {0});
+    ASSERT_TRUE(waitFor([&] { return pixel(120, 470) == 0; }));
+    EXPECT_FALSE(display->isOnActiveSpace(bound));
+    EXPECT_TRUE(display->isOnActiveSpace(everywhere));
+    EXPECT_EQ(pixel(220, 470), 0x0000AAU);
+    server->setProperty(server->root(), "_NET_CURRENT_DESKTOP", "CARDINAL", {2});
+    EXPECT_TRUE(waitFor([&] { return pixel(120, 470) == 0x00AA00; }));
+}
+
 }  // namespace zqcore::platform
