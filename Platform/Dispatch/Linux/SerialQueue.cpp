@@ -51,8 +51,10 @@ void SerialQueue::drain(const std::shared_ptr<Drainable>& self) {
 
 // Gives false if the queue went to a thread in `sync`; nothing of it may be touched then.
 bool SerialQueue::runBatch() {
+    unsigned count = 0;
     while (!batch_.empty()) {
         batch_.runFirst();
+        ++count;
         if (successor_) [[unlikely]] {
             // Counted before the worker rests, so that no observer sees a quiet moment between the two.
             WorkerPool::shared().beginForeignRun();
@@ -60,6 +62,7 @@ bool SerialQueue::runBatch() {
             return false;
         }
     }
+    streams_ = count > 1;
     return true;
 }
 
@@ -75,11 +78,19 @@ void SerialQueue::lingerForMore() noexcept {
     for (int i = 0; i < kLooks && !pool.contended(); ++i) {
         if (hasIncoming_.load(std::memory_order_relaxed)) {
             patience_ = kPatience;
+            if (streams_) gather();
             return;
         }
         pauseProcessor();
     }
     if (patience_ > 0) --patience_;
+}
+
+// Each taking costs the producers the line that they add to, so a queue that is fed in a stream takes a good
+// many blocks at a time: it waits about two microseconds more, as long as it would have looked.
+void SerialQueue::gather() const noexcept {
+    const WorkerPool& pool = WorkerPool::shared();
+    for (int i = 0; i < kLooks && !pool.contended(); ++i) pauseProcessor();
 }
 
 // Takes what came meanwhile, or gives the queue up.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -27,30 +28,38 @@ class SerialQueue final : public DispatchQueue, public Drainable {
 
   private:
     void lingerForMore() noexcept;
+    void gather() const noexcept;
     bool runBatch();
     bool takeBatchOrGo();
     void ownNowOrWait();
     void passOn();
     void submitSelf();
 
-    const std::string label_;
-    const DispatchQoS qos_;
+    // What producers write and what the owner writes lie on lines of their own; else each block run would
+    // take the line from the thread that adds the next one, and back.
+    static constexpr std::size_t kLine = 64;
 
-    BriefMutex mutex_;
-    BlockList incoming_;
+    const std::string label_;
+
+    alignas(kLine) BriefMutex mutex_;
     // Somebody owns the queue, or it is on its way to a worker.
     bool owned_ = false;
     // What a lingering owner reads without the lock: whether anything is in `incoming_`, and who put it
     // there.
     std::atomic<bool> hasIncoming_{false};
     std::atomic<bool> foreignProducer_{false};
+    BlockList incoming_;
 
     // The owner's alone.
-    BlockList batch_;
-    int patience_ = 0;
-    unsigned restsSinceTried_ = 0;
+    alignas(kLine) BlockList batch_;
     // Set by the block that stands for a waiting `sync`: whom to give the queue to.
     OneShotSignal* successor_ = nullptr;
+    int patience_ = 0;
+    unsigned restsSinceTried_ = 0;
+    // Its last taking brought more than one block.
+    bool streams_ = false;
+
+    const DispatchQoS qos_;
 };
 
 }  // namespace zqcore::platform
