@@ -36,12 +36,17 @@ bool update(EVP_CIPHER_CTX* context, std::span<const std::uint8_t> input, std::u
     return true;
 }
 
-/// How many bytes the plain text has without its padding; absent if that is no padding.
+/// How many bytes the plain text has without its padding; absent if that is no padding. Every byte of the
+/// last block is looked at, so that the time doesn't tell how much of it was right.
 std::optional<std::size_t> unpaddedLength(std::span<const std::uint8_t> plain) {
-    const std::size_t count = plain.back();
-    if (count < 1 || count > kCCBlockSizeAES128) return std::nullopt;
-    const auto padding = plain.last(count);
-    if (!std::ranges::all_of(padding, [&](std::uint8_t byte) { return byte == count; })) return std::nullopt;
+    const auto block = plain.last<kCCBlockSizeAES128>();
+    const unsigned count = block.back();
+    unsigned wrong = count < 1 || count > kCCBlockSizeAES128 ? 1 : 0;
+    for (unsigned i = 0; i < kCCBlockSizeAES128; ++i) {
+        const unsigned belongs = i + count >= kCCBlockSizeAES128 ? 0xFFU : 0U;
+        wrong |= (block[i] ^ count) & belongs;
+    }
+    if (wrong != 0) return std::nullopt;
     return plain.size() - count;
 }
 

@@ -159,6 +159,27 @@ TEST(ZQCryptoTest, DecryptsBrokenLinesAndOneBlockOfPadding) {
     EXPECT_TRUE(firstBlock->data().empty());
 }
 
+TEST(ZQCryptoTest, JudgesEveryByteOfThePadding) {
+    const Data key(std::string("key"));
+    // A text that ends in `block`, cut so that the block is the last one when it is decrypted.
+    const auto decrypted = [&key](const std::string& block) {
+        const auto whole = ZQCrypto::aesCBCEncrypt(Data("sixteen letters." + block), key);
+        return ZQCrypto::aesCBCDecrypt(Data(std::string(whole->data().view().substr(0, 32))), key);
+    };
+    for (std::size_t count = 1; count <= 16; ++count) {
+        const std::string good = std::string(16 - count, 'x') + std::string(count, static_cast<char>(count));
+        const auto result = decrypted(good);
+        ASSERT_TRUE(result) << count;
+        EXPECT_EQ(result->data().size(), 32 - count);
+        for (std::size_t wrong = 16 - count; wrong < 15; ++wrong) {
+            std::string bad = good;
+            bad[wrong] ^= '\x40';
+            EXPECT_FALSE(decrypted(bad)) << count << " with byte " << wrong << " wrong";
+        }
+    }
+    for (const char count : {'\x00', '\x11', '\x80', '\xFF'}) EXPECT_FALSE(decrypted(std::string(16, count)));
+}
+
 TEST(ZQCryptoTest, RefusesWhatIsNoInput) {
     EXPECT_FALSE(ZQCrypto::aesCBCEncrypt("", "key"));
     EXPECT_FALSE(ZQCrypto::aesCBCDecrypt("", "key"));
