@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "Classes/AppleScript/RequestCommand/CommonRequests.h"
+#include "Platform/Dispatch/ClockDriver.h"
 #include "Platform/Scripting/NSDistributedNotificationCenter.h"
 #include "TestKit/ChildProcess.h"
 #include "TestKit/FakeBundle.h"
@@ -115,6 +116,8 @@ TEST_F(DistributedSenderTest, MalformedNotificationsAreDropped) {
 TEST_F(DistributedSenderTest, NothingFailsWithoutAPostHandler) {
     bus().deliver({kPost, "c.d", ValueDictionary{{"request", R"({"path":"unheard"})"}}});
     EXPECT_TRUE(capture.waitFor("unheard"));
+    // The line is written before the handler is looked for.
+    ClockDriver::waitUntilQuiet();
     EXPECT_EQ(deliver("c.d", ValueDictionary{{"request", R"({"path":"heard"})"}}).size(), 1U);
 }
 
