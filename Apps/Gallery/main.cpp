@@ -27,7 +27,7 @@ enum ExitCode { kDone = 0, kFailed = 1, kUsage = 2, kNoDisplay = 3, kNotWritten 
 
 constexpr std::string_view kHelp =
     "gallery shows every component of the interface library in its states.\n\n"
-    "usage: gallery [--page NAME] [--light | --dark] [--for SECONDS]\n"
+    "usage: gallery [--page NAME] [--light | --dark] [--scale N] [--for SECONDS]\n"
     "       gallery --headless FOLDER [--page NAME]\n"
     "       gallery --tell-tip\n"
     "       gallery --list\n\n"
@@ -36,6 +36,7 @@ constexpr std::string_view kHelp =
     "arrow keys, and switch between light and dark there. Closing the window ends the program.\n\n"
     "  --page NAME        that page alone; --list names them. May be repeated with --headless\n"
     "  --light, --dark    begins so, whatever the desktop has\n"
+    "  --scale N          N pixels a point, 1 or 2, instead of the desktop's\n"
     "  --for SECONDS      closes the window after that time\n"
     "  --headless FOLDER  needs no display: writes each page as PAGE-light@1x.png, PAGE-dark@1x.png and at\n"
     "                     twice the scale (@2x) into the folder, and prints the paths\n"
@@ -69,7 +70,7 @@ std::string parse(int argc, char** argv, Options& options) {
             options.list = true;
         } else if (word == "--tell-tip") {
             options.tellTip = true;
-        } else if (word != "--page" && word != "--headless" && word != "--for") {
+        } else if (word != "--page" && word != "--headless" && word != "--for" && word != "--scale") {
             return "what is \"" + word + "\"? gallery --help tells the options";
         } else if (++i == argc) {
             return word + " needs a value";
@@ -77,6 +78,11 @@ std::string parse(int argc, char** argv, Options& options) {
             const GalleryPage* page = pageNamed(argv[i]);
             if (!page) return std::string("there is no page \"") + argv[i] + "\"; --list names them";
             options.pages.push_back(page);
+        } else if (word == "--scale") {
+            const std::string_view scale = argv[i];
+            if (scale != "1" && scale != "2") return "--scale is 1 or 2";
+            // The display asks the same variable as other toolkits do.
+            ::setenv("GDK_SCALE", argv[i], 1);
         } else if (word == "--headless") {
             options.folder = argv[i];
         } else {

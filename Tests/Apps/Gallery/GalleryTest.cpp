@@ -78,8 +78,19 @@ TEST(GalleryTest, WritesEachPageLightAndDarkAtBothScales) {
     }
 }
 
+TEST(GalleryTest, TellsATipByTheClock) {
+    const auto told = gallery({"--tell-tip"});
+    EXPECT_EQ(told.code, 0);
+    ASSERT_EQ(told.lines.size(), 7U);
+    EXPECT_TRUE(told.lines[2].starts_with("  1.250 s  the tip is up")) << "a second after the pointer's rest";
+    EXPECT_EQ(told.lines[3], "  1.250 s    line \"复制译文\", caps [⇧] [⌘] [C]");
+    EXPECT_EQ(told.lines[4], "  1.250 s    line \"Copy the original\"");
+    EXPECT_EQ(told.lines[6], "  3.250 s  the tip is gone") << "at once with the pointer";
+}
+
 TEST(GalleryTest, TellsByItsExitCodeWhatWentWrong) {
     ::unsetenv("DISPLAY");
+    EXPECT_EQ(gallery({"--scale", "3"}).code, 2);
     EXPECT_EQ(gallery({}).code, 3) << "no display";
     EXPECT_EQ(gallery({"--page", "nothing"}).code, 2);
     EXPECT_EQ(gallery({"--for", "0"}).code, 2);
