@@ -45,12 +45,12 @@ void NSAnimationContext::endGrouping() {
 void NSAnimationContext::runAnimationGroup(const std::function<void(NSAnimationContext&)>& changes,
                                            std::function<void()> completion) {
     beginGrouping();
+    const std::size_t depth = contexts().size();
     NSAnimationContext& context = current();
     context.completion_ = std::move(completion);
     if (changes) guardedCall("animation group", [&] { changes(context); });
-    // Groups that the closure left open end with this one.
-    while (&current() != &context) endGrouping();
-    endGrouping();
+    // Groups that the closure left open end with this one; it may also have ended this one itself.
+    while (contexts().size() >= depth) endGrouping();
 }
 
 void NSAnimationContext::setDuration(double seconds) {
