@@ -77,9 +77,12 @@ void DisplayPass::drawMarked(NSView& view, CGFloat scale) {
 
 void DisplayPass::run(NSWindow& window) {
     const auto held = window.self();
+    const auto appearance = NSApplication::shared()->effectiveAppearance();
+    // It may have changed while the window was hidden and heard nothing of it.
+    if (window.drawnAppearance_ && window.drawnAppearance_ != appearance) window.appearanceChanged();
+    window.drawnAppearance_ = appearance;
     window.needsPass_ = false;
     const auto content = window.contentView();
-    const auto appearance = NSApplication::shared()->effectiveAppearance();
     appearance->performAsCurrentDrawingAppearance([&] {
         if (content) {
             layout(*content);

@@ -118,6 +118,8 @@ void NSView::enterWindow(const std::shared_ptr<NSWindow>& window) {
     window_ = window;
     needsTracking_ = true;
     if (window) {
+        // The appearance may have changed while it was in none.
+        needsDisplay_ = true;
         for (const auto& area : trackingAreas_) PointerTracking::shared().add(*this, area);
         window->markForDisplay();
     }

@@ -16,6 +16,7 @@
 namespace zqcore::platform {
 
 class CGContext;
+class NSAppearance;
 class NSColor;
 class NSScreen;
 class NSViewController;
@@ -212,6 +213,7 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     std::shared_ptr<NSColor> background_;
     std::shared_ptr<CGContext> surface_;  // while it is shown
     CGFloat surfaceScale_ = 0;
+    std::shared_ptr<const NSAppearance> drawnAppearance_;  // null before the first pass
     std::weak_ptr<NSResponder> firstResponder_;
     // Who got the down of left, right and the other buttons.
     std::array<std::weak_ptr<NSResponder>, 3> pressed_;

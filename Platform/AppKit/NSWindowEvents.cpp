@@ -79,6 +79,7 @@ void NSWindow::tellKeyState() {
 }
 
 void NSWindow::appearanceChanged() {
+    drawnAppearance_ = NSApplication::shared()->effectiveAppearance();
     const std::function<void(NSView&)> tell = [&](NSView& view) {
         guardedCall("viewDidChangeEffectiveAppearance", [&] { view.viewDidChangeEffectiveAppearance(); });
         view.setNeedsDisplay(true);

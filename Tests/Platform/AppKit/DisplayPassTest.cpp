@@ -104,6 +104,7 @@ TEST_F(DisplayPassTest, DrawsCrispAtTheScaleOfTheScreenWithYUpwards) {
 TEST_F(DisplayPassTest, ResolvesDynamicColoursByTheAppearance) {
     class Painter : public NSView {
       public:
+        using NSView::NSView;
         void drawRect(const CGRect& /*dirty*/) override {
             auto& context = *NSGraphicsContext::currentContext()->cgContext();
             context.setFillColor(NSAppearance::currentDrawingAppearance()->isDark() ? CGColor::white(0)
@@ -125,6 +126,24 @@ TEST_F(DisplayPassTest, ResolvesDynamicColoursByTheAppearance) {
     ui.application().setAppearance(NSAppearance::aqua());
     ui.turn();
     EXPECT_EQ(pixel(3, 3), 0xFFFFFFFFU) << "the one set wins";
+
+    window->orderOut();
+    ui.application().setAppearance(NSAppearance::darkAqua());
+    window->orderFront();
+    ui.turn();
+    EXPECT_EQ(pixel(3, 3), 0xFF000000U) << "it changed while the window was hidden";
+    const auto box = makeObject<NSView>(CGRect{{0, 0}, {20, 10}});
+    box->addSubview(makeObject<Painter>(CGRect{{0, 0}, {20, 10}}));
+    window->setContentView(makeObject<NSView>());
+    window->contentView()->addSubview(box);
+    ui.turn();
+    EXPECT_EQ(pixel(3, 3), 0xFF000000U);
+    box->removeFromSuperview();
+    ui.application().setAppearance(NSAppearance::aqua());
+    ui.turn();
+    window->contentView()->addSubview(box);
+    ui.turn();
+    EXPECT_EQ(pixel(3, 3), 0xFFFFFFFFU) << "it changed while the view was out of the window";
 }
 
 TEST_F(DisplayPassTest, AnimatesBackingLayersOnlyWhereAGroupAllowsAndStopsThen) {
