@@ -248,9 +248,12 @@ void NSWindow::orderWindow(NSWindowOrderingMode mode, int relativeTo) {
 
 void NSWindow::orderOut(NSObject* /*sender*/) {
     const auto held = self();
-    if (!std::exchange(visible_, false)) return;
-    if (const auto shownOn = display()) shownOn->hideWindow(number_);
-    surface_.reset();
+    if (number_ <= 0) return;
+    if (std::exchange(visible_, false)) {
+        if (const auto shownOn = display()) shownOn->hideWindow(number_);
+        surface_.reset();
+    }
+    // Also one that only hid with the application: it must not come back with it.
     NSApplication::shared()->state().windowHidden(held);
 }
 

@@ -123,6 +123,10 @@ TEST_F(NSWindowTest, PanelsHideWithTheApplicationAndMayBeShownMeanwhile) {
     ui.display().setApplicationActive(false);
     ui.display().setApplicationActive(true);
     EXPECT_TRUE(panel->isVisible()) << "comes back with the application";
+    ui.display().setApplicationActive(false);
+    panel->close();
+    ui.display().setApplicationActive(true);
+    EXPECT_FALSE(panel->isVisible()) << "closed while it was hidden";
 }
 
 TEST_F(NSWindowTest, KnowsItsScreenAcrossAllOfThem) {
@@ -195,6 +199,14 @@ TEST_F(NSWindowTest, FadesItsAlphaInStepsAndEndsExactly) {
     window->setAlphaValue(1);
     ui.advance(2);
     EXPECT_EQ(window->alphaValue(), 1);
+    // A group that ends once too often, or once too seldom.
+    int ends = 0;
+    NSAnimationContext::runAnimationGroup([](NSAnimationContext&) { NSAnimationContext::endGrouping(); },
+                                          [&] { ++ends; });
+    NSAnimationContext::runAnimationGroup([](NSAnimationContext&) { NSAnimationContext::beginGrouping(); },
+                                          [&] { ++ends; });
+    ui.advance(0.25);
+    EXPECT_EQ(ends, 2);
     // A window that closes in the midst of a fade.
     NSAnimationContext::runAnimationGroup([&](NSAnimationContext& context) {
         context.setDuration(1);
