@@ -1,5 +1,6 @@
 #include "Classes/Core/Extension/NSFileManagerExtension.h"
 
+#include <map>
 #include <set>
 #include <utility>
 
@@ -38,14 +39,19 @@ std::expected<std::string, NSError> textOfFile(const NSFileManager& manager, std
 // Device and inode, by which a folder is known however it was reached.
 using FolderIdentity = std::pair<std::uint64_t, std::uint64_t>;
 
+// What a walk keeps of the folders it meets: those it stands in, so that a circle of links ends, and, where
+// no filter looks at the way they were reached, the sizes of those it has left, so that a folder with many
+// links to it is read once.
+struct FolderWalk {
+    std::set<FolderIdentity> open;
+    std::map<FolderIdentity, std::int64_t> known;
+};
+
 std::int64_t sizeOfFolder(const NSFileManager& manager, std::string_view path, const FolderSizeFilter& filter,
-                          std::set<FolderIdentity>& visited) {
-    bool isDirectory = false;
-    if (!manager.fileExistsAtPath(path, isDirectory) || !isDirectory) return 0;
-    // The point makes it the folder itself, where the path is a link to it.
-    if (const auto attributes = manager.attributesOfItemAtPath(std::string(path) + "/.")) {
-        if (!visited.emplace(attributes->systemNumber, attributes->systemFileNumber).second) return 0;
-    }
+                          FolderWalk& walk);
+
+std::int64_t sizeOfEntries(const NSFileManager& manager, std::string_view path,
+                           const FolderSizeFilter& filter, FolderWalk& walk) {
     const auto names = manager.contentsOfDirectoryAtPath(path);
     if (!names) {
         logError("NSFileManager zq_folderSize(atPath:) 获取文件夹大小异常: ", names.error().description());
@@ -57,9 +63,24 @@ std::int64_t sizeOfFolder(const NSFileManager& manager, std::string_view path, c
         if (filter && !filter(entry)) continue;
         bool isFolder = false;
         const bool exists = manager.fileExistsAtPath(entry, isFolder);
-        size +=
-            exists && isFolder ? sizeOfFolder(manager, entry, filter, visited) : zq_fileSize(manager, entry);
+        size += exists && isFolder ? sizeOfFolder(manager, entry, filter, walk) : zq_fileSize(manager, entry);
     }
+    return size;
+}
+
+std::int64_t sizeOfFolder(const NSFileManager& manager, std::string_view path, const FolderSizeFilter& filter,
+                          FolderWalk& walk) {
+    bool isDirectory = false;
+    if (!manager.fileExistsAtPath(path, isDirectory) || !isDirectory) return 0;
+    // The point makes it the folder itself, where the path is a link to it.
+    const auto attributes = manager.attributesOfItemAtPath(std::string(path) + "/.");
+    if (!attributes) return sizeOfEntries(manager, path, filter, walk);
+    const FolderIdentity identity{attributes->systemNumber, attributes->systemFileNumber};
+    if (const auto known = walk.known.find(identity); known != walk.known.end()) return known->second;
+    if (!walk.open.insert(identity).second) return 0;
+    const std::int64_t size = sizeOfEntries(manager, path, filter, walk);
+    walk.open.erase(identity);
+    if (!filter) walk.known.emplace(identity, size);
     return size;
 }
 
@@ -180,8 +201,8 @@ std::int64_t zq_fileSize(const NSFileManager& manager, std::string_view path) {
 
 std::int64_t zq_folderSize(const NSFileManager& manager, std::string_view path,
                            const FolderSizeFilter& filter) {
-    std::set<FolderIdentity> visited;
-    return sizeOfFolder(manager, path, filter, visited);
+    FolderWalk walk;
+    return sizeOfFolder(manager, path, filter, walk);
 }
 
 }  // namespace zqcore

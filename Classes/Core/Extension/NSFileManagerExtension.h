@@ -54,7 +54,8 @@ ZQ_EXPORT bool zq_createDirectoryIfNotExist(const NSFileManager& manager, std::s
 using FolderSizeFilter = std::function<bool(const std::string& path)>;
 
 /// The sizes of all files in the folder and below it, in bytes, those that `filter` refuses left out with all
-/// that lies in them. A folder that is reached twice by links counts once. 0 for what is no folder.
+/// that lies in them. A linked folder counts wherever a link leads to it; a circle of links ends. 0 for what
+/// is no folder.
 [[nodiscard]] ZQ_EXPORT std::int64_t zq_folderSize(const NSFileManager& manager, std::string_view path,
                                                    const FolderSizeFilter& filter = nullptr);
 

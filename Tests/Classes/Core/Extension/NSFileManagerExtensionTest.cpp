@@ -167,6 +167,10 @@ TEST_F(FileTools, AddsUpSizes) {
     std::filesystem::create_directory_symlink(folder_ / "top", folder_ / "top/sub/circle");
     std::filesystem::create_directory_symlink(folder_ / "outside", folder_ / "top/other");
     EXPECT_EQ(zq_folderSize(manager_, folder_ / "top"), 17) << "a circle ends, a linked folder counts";
+    std::filesystem::create_directory_symlink(folder_ / "outside", folder_ / "top/again");
+    const auto all = [](const std::string&) { return true; };
+    EXPECT_EQ(zq_folderSize(manager_, folder_ / "top"), 24) << "once for each link";
+    EXPECT_EQ(zq_folderSize(manager_, folder_ / "top", all), 24);
     EXPECT_TRUE(log_.silent());
 }
 
