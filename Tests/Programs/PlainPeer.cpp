@@ -71,8 +71,9 @@ int serve(sd_bus* bus, const char* identifier, const char* path, bool files) {
     }
 }
 
-int tell(const sd_bus_error& error) {
+int tell(sd_bus_error& error) {
     std::printf("error %s\n%s\n", error.name, error.message);
+    sd_bus_error_free(&error);
     return 1;
 }
 
@@ -89,9 +90,10 @@ int call(sd_bus* bus, const char* identifier, const char* path, const char* text
     if (sd_bus_call_method(bus, identifier, path, kInterface, "request", &error, &answer, "s", text) < 0)
         return tell(error);
     const char* result = nullptr;
-    if (sd_bus_message_read(answer, "s", &result) < 0) return 1;
-    std::printf("%s\n", result);
-    return 0;
+    const bool isText = sd_bus_message_read(answer, "s", &result) >= 0;
+    if (isText) std::printf("%s\n", result);
+    sd_bus_message_unref(answer);
+    return isText ? 0 : 1;
 }
 
 int post(sd_bus* bus, const char* name, const char* object, const char* json) {
@@ -104,6 +106,14 @@ int post(sd_bus* bus, const char* name, const char* object, const char* json) {
     return sent < 0 || sd_bus_flush(bus) < 0 ? 1 : 0;
 }
 
+int play(std::string_view role, sd_bus* bus, int argc, char** argv) {
+    if (role == "serve" || role == "files") return serve(bus, argv[2], argv[3], role == "files");
+    if (role == "file") return callWithFile(bus, argv[2], argv[3]);
+    if ((role == "call" || role == "foreign") && argc == 5) return call(bus, argv[2], argv[3], argv[4]);
+    if (role == "post" && argc == 5) return post(bus, argv[2], argv[3], argv[4]);
+    return 2;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -111,9 +121,7 @@ int main(int argc, char** argv) {
     const std::string_view role = argc < 4 ? "" : argv[1];
     if (role == "foreign" && (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) return 2;
     if (role.empty() || sd_bus_open_user(&bus) < 0) return 2;
-    if (role == "serve" || role == "files") return serve(bus, argv[2], argv[3], role == "files");
-    if (role == "file") return callWithFile(bus, argv[2], argv[3]);
-    if ((role == "call" || role == "foreign") && argc == 5) return call(bus, argv[2], argv[3], argv[4]);
-    if (role == "post" && argc == 5) return post(bus, argv[2], argv[3], argv[4]);
-    return 2;
+    const int result = play(role, bus, argc, argv);
+    sd_bus_flush_close_unref(bus);
+    return result;
 }
