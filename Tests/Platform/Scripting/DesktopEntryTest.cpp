@@ -115,7 +115,8 @@ TEST_F(DesktopEntryTest, ALostBusEndsTheWait) {
     while (starts() == 0) std::this_thread::yield();
     bus.stop();
     caller.join();
-    EXPECT_TRUE(answer.starts_with("-609 ")) << answer;
+    // The end of the bus may take the target with it, and which of the two is seen first is anyone's guess.
+    EXPECT_TRUE(answer.starts_with("-609 ") || answer.starts_with("-600 ")) << answer;
 }
 
 TEST(DesktopEntryExecTest, ReadsCommandLinesOfEveryForm) {

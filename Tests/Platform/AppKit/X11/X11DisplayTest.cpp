@@ -214,7 +214,9 @@ TEST_F(X11DisplayTest, LivesWithAWindowManager) {
     };
     ASSERT_TRUE(waitFor([&] { return managed() && pixel(350, 220) == 0x0000AA; }));
     EXPECT_EQ(pixel(330, 270), 0x00AA00U) << "the tip is over it";
-    EXPECT_EQ(display->windowAt({310, 310}), window) << "inside of the manager's frame";
+    EXPECT_TRUE(waitFor([&] {
+        return display->windowAt({310, 310}) == window;
+    })) << "inside of the manager's frame";
     EXPECT_EQ(display->windowAt({330, 330}), tip);
     EXPECT_TRUE(heard.moves.empty()) << "where the program wanted it";
     EXPECT_EQ(server->focusedWindow(), other) << "showing is not focusing";
