@@ -167,6 +167,9 @@ void NSApplication::State::displayLost(std::string_view reason) {
     NSLog("The display is gone: " + std::string(reason));
     setKeyWindow(nullptr);
     application.endTracking();
+    // Nobody sees them any more. They aren't closed: that is for whoever hears of the loss.
+    for (const auto& window : std::vector(windows)) window->orderOut();
+    hiddenByDeactivation.clear();
     NSNotificationCenter::defaultCenter().postNotificationName(NSApplicationDisplayLostNotification, held);
 }
 

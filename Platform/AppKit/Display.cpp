@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Platform/AppKit/Headless/HeadlessDisplay.h"
+#include "Platform/Base/NSLog.h"
 
 namespace zqcore::platform {
 
@@ -24,7 +25,10 @@ Installed& installed() {
 std::shared_ptr<Display> Display::current() {
     Installed& state = installed();
     if (!state.display && state.maker) state.display = state.maker();
-    if (!state.display) state.display = std::make_shared<HeadlessDisplay>();
+    if (!state.display) {
+        NSLog("No display was chosen: windows are kept in memory and shown to nobody");
+        state.display = std::make_shared<HeadlessDisplay>();
+    }
     return state.display;
 }
 

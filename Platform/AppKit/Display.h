@@ -131,11 +131,13 @@ class ZQ_EXPORT Display {
   public:
     virtual ~Display() = default;
 
-    /// The one in force. Without an installed one it is the desktop's, or a headless one where there is none.
+    /// The one in force. Without an installed one it is what the default maker gives, else a headless one,
+    /// which is told in one log line.
     [[nodiscard]] static std::shared_ptr<Display> current();
     /// Puts a display in force before the application makes windows; null takes it out.
     static void install(std::shared_ptr<Display> display);
-    /// How the first `current` makes a display; empty or a null result means a headless one.
+    /// How the first `current` makes a display: `openDefaultDisplay` for the desktop's. Empty or a null
+    /// result means a headless one.
     static void setDefaultMaker(std::function<std::shared_ptr<Display>()> maker);
 
     virtual void setHandler(DisplayHandler* handler) = 0;

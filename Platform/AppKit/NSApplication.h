@@ -21,7 +21,7 @@ inline constexpr std::string_view NSApplicationDidResignActiveNotification =
     "NSApplicationDidResignActiveNotification";
 inline constexpr std::string_view NSApplicationDidChangeScreenParametersNotification =
     "NSApplicationDidChangeScreenParametersNotification";
-/// The display went away; windows keep their state and show nothing from now on.
+/// The display went away: no window is visible from now on, and none can be shown; nothing was closed.
 inline constexpr std::string_view NSApplicationDisplayLostNotification =
     "NSApplicationDisplayLostNotification";
 

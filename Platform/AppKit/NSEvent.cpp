@@ -7,8 +7,17 @@
 #include "Platform/AppKit/EventMonitors.h"
 #include "Platform/AppKit/GuardedCall.h"
 #include "Platform/AppKit/NSApplication.h"
+#include "Platform/Foundation/AXIsProcessTrusted.h"
 
 namespace zqcore::platform {
+
+namespace {
+
+constexpr NSEventMask kKeys = NSEventMaskFromType(NSEventType::keyDown) |
+                              NSEventMaskFromType(NSEventType::keyUp) |
+                              NSEventMaskFromType(NSEventType::flagsChanged);
+
+}  // namespace
 
 std::shared_ptr<NSEvent> NSEvent::make(Fields fields) { return makeObject<NSEvent>(std::move(fields)); }
 
@@ -94,6 +103,8 @@ std::shared_ptr<NSEvent> EventMonitors::filter(std::shared_ptr<NSEvent> event) {
 }
 
 void EventMonitors::tellGlobal(const std::shared_ptr<NSEvent>& event) {
+    // What is typed elsewhere may be a password; whether it may be heard is asked anew for each key.
+    if ((event->mask() & kKeys) != 0 && !AXIsProcessTrusted()) return;
     for (const auto& monitor : List(global_)) {
         if (monitor->removed || (monitor->mask & event->mask()) == 0) continue;
         guardedCall("global event monitor", [&] { monitor->global(event); });

@@ -121,8 +121,8 @@ class ZQ_EXPORT NSEvent final : public NSObject {
     /// a press on a control swallows, they don't see.
     static std::shared_ptr<NSObject> addLocalMonitorForEventsMatchingMask(NSEventMask mask,
                                                                           LocalHandler handler);
-    /// Sees copies of the events of `mask` that go to other applications, never our own; keys only where
-    /// this process is trusted with accessibility.
+    /// Sees copies of the events of `mask` that go to other applications, never our own; keys only while
+    /// `AXIsProcessTrusted`.
     static std::shared_ptr<NSObject> addGlobalMonitorForEventsMatchingMask(NSEventMask mask,
                                                                            GlobalHandler handler);
     /// Ends a monitor at once, also from within a handler. Null and strangers do nothing.

@@ -23,6 +23,8 @@ class DisplayDriver {
     virtual void releaseKey(unsigned short keyCode) = 0;
     /// A window of another application in front of level 0; it stays until the driver ends.
     virtual void openForeignWindow(const platform::CGRect& frame) = 0;
+    /// Ends what the display stands on, under the application.
+    virtual void lose() = 0;
     /// Lets everything that is under way arrive.
     virtual void settle() = 0;
 };
@@ -42,6 +44,7 @@ class HeadlessDriver final : public DisplayDriver {
         window.frame = frame;
         display_->addForeignWindow(window);
     }
+    void lose() override { display_->lose("as a test wished"); }
     void settle() override;
 
   private:

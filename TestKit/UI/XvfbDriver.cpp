@@ -1,5 +1,6 @@
 #include "TestKit/UI/XvfbDriver.h"
 
+#include <chrono>
 #include <cmath>
 
 #include "Platform/AppKit/X11/X11Display.h"
@@ -61,6 +62,12 @@ void XvfbDriver::openForeignWindow(const CGRect& frame) {
                       kHeight - static_cast<int>(frame.origin.y + frame.size.height),
                       static_cast<int>(frame.size.width), static_cast<int>(frame.size.height), 0xD0D0D0);
     settle();
+}
+
+void XvfbDriver::lose() {
+    server_.stop();
+    // The socket's end is an event like any other.
+    RunLoop::main().runUntil([this] { return display_->isLost(); }, std::chrono::seconds(10));
 }
 
 // What a turn asks of the server, its answers, and what they lead to, until nothing follows.

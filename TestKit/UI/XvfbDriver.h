@@ -21,6 +21,7 @@ class XvfbDriver final : public DisplayDriver {
     void pressKey(unsigned short keyCode) override;
     void releaseKey(unsigned short keyCode) override;
     void openForeignWindow(const platform::CGRect& frame) override;
+    void lose() override;
     void settle() override;
 
   private:

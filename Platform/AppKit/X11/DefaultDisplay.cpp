@@ -10,11 +10,13 @@
 namespace zqcore::platform {
 
 std::shared_ptr<Display> openDefaultDisplay() {
-    if (const char* name = std::getenv("DISPLAY"); name && *name) {
-        std::string reason;
+    const char* const name = std::getenv("DISPLAY");
+    std::string reason = "DISPLAY isn't set";
+    if (name && *name) {
         if (auto display = X11Display::open(name, &reason)) return display;
-        NSLog("No windows on the display " + std::string(name) + ": " + reason);
+        reason = std::string(name) + ": " + reason;
     }
+    NSLog("No windows can be shown, " + reason);
     return std::make_shared<HeadlessDisplay>();
 }
 

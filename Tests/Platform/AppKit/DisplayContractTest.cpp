@@ -2,6 +2,9 @@
 
 #include "Platform/AppKit/NSScreen.h"
 #include "Platform/AppKit/NSTrackingArea.h"
+#include "Platform/Base/NSLog.h"
+#include "Platform/Foundation/AXIsProcessTrusted.h"
+#include "Platform/Foundation/NSNotificationCenter.h"
 
 namespace zqcore {
 
@@ -198,6 +201,61 @@ TEST_P(DisplayContract, CapturesWhatAWindowShows) {
     const auto none = driver->display()->capture(CGRectMake(0, 0, 10, 10), {});
     ASSERT_TRUE(none);
     for (const std::uint32_t pixel : none->pixels) ASSERT_EQ(pixel, 0U);
+}
+
+TEST_P(DisplayContract, KeysOfOthersReachGlobalMonitorsOnlyUnderTrust) {
+    Words heard;
+    const auto keys = NSEventMaskFromType(NSEventType::keyDown) | NSEventMaskFromType(NSEventType::keyUp) |
+                      NSEventMaskFromType(NSEventType::leftMouseDown);
+    const auto token =
+        NSEvent::addGlobalMonitorForEventsMatchingMask(keys, [&](const std::shared_ptr<NSEvent>& event) {
+            heard.push_back(event->type() == NSEventType::leftMouseDown ? "press" : event->characters());
+        });
+    application->deactivate();
+    driver->settle();
+    const auto type = [&] {
+        driver->pressKey(0);
+        driver->releaseKey(0);
+        driver->pressButton();
+        driver->releaseButton();
+        driver->settle();
+        return std::exchange(heard, {});
+    };
+    EXPECT_EQ(type(), (Words{"a", "a", "press"}));
+    setProcessTrusted(false);
+    EXPECT_EQ(type(), (Words{"press"})) << "the pointer is nobody's secret";
+    setProcessTrusted(true);
+    EXPECT_EQ(type(), (Words{"a", "a", "press"})) << "asked at each key";
+    NSEvent::removeMonitor(token);
+}
+
+TEST_P(DisplayContract, ADisplayThatGoesAwayIsToldOnceAndLeavesEverythingStandingStill) {
+    static Words lines;
+    lines.clear();
+    window = show(CGRectMake(100, 100, 100, 100));
+    int told = 0;
+    const auto token = NSNotificationCenter::defaultCenter().addObserverForName(
+        std::string(NSApplicationDisplayLostNotification), nullptr, [&](const NSNotification&) {
+            ++told;
+            EXPECT_FALSE(window->isVisible());
+        });
+    setNSLogHandler([](std::string_view line) { lines.emplace_back(line); });
+    driver->lose();
+    EXPECT_EQ(told, 1);
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_FALSE(window->isOnActiveSpace());
+    EXPECT_EQ(application->keyWindow(), nullptr);
+    EXPECT_TRUE(application->windows().empty());
+    window->setFrame(CGRectMake(0, 0, 50, 50), true);
+    window->orderFrontRegardless();
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_LE(show(CGRectMake(0, 0, 10, 10))->windowNumber(), 0);
+    window->close();
+    driver->settle();
+    setNSLogHandler(nullptr);
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_TRUE(lines[0].starts_with("The display is gone: ")) << lines[0];
+    NSNotificationCenter::defaultCenter().removeObserver(token);
 }
 
 INSTANTIATE_TEST_SUITE_P(Headless, DisplayContract, testing::Values([] {

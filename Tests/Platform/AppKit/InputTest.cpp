@@ -6,7 +6,6 @@
 #include "Platform/AppKit/NSPanel.h"
 #include "Platform/AppKit/NSTrackingArea.h"
 #include "Platform/Base/NSLog.h"
-#include "Platform/Foundation/NSNotificationCenter.h"
 #include "Platform/Foundation/NSTimer.h"
 #include "TestKit/UI/HeadlessApplication.h"
 #include "Tests/Platform/AppKit/DisplayContract.h"
@@ -288,29 +287,6 @@ TEST_F(InputTest, HandlersThatThrowCostALineAndNoMore) {
     setNSLogHandler(nullptr);
     EXPECT_EQ(lines, (Words{"event handler threw what is no exception", "event handler threw: down",
                             "timer threw: late"}));
-}
-
-TEST_F(InputTest, ADisplayThatGoesAwayLeavesEverythingStandingStill) {
-    static Words lines;
-    lines.clear();
-    setNSLogHandler([](std::string_view line) { lines.emplace_back(line); });
-    int told = 0;
-    const auto token = NSNotificationCenter::defaultCenter().addObserverForName(
-        std::string(NSApplicationDisplayLostNotification), nullptr, [&](const NSNotification&) { ++told; });
-    ui.display().lose("the server ended");
-    setNSLogHandler(nullptr);
-    EXPECT_EQ(told, 1);
-    EXPECT_EQ(lines, (Words{"The display is gone: the server ended"}));
-    EXPECT_EQ(ui.application().keyWindow(), nullptr);
-    window->setFrame(CGRectMake(0, 0, 50, 50), true);
-    window->orderFront();
-    const auto late = makeObject<NSWindow>(CGRectMake(0, 0, 10, 10));
-    late->orderFrontRegardless();
-    EXPECT_FALSE(late->isVisible());
-    ui.display().click({20, 20});
-    window->close();
-    ui.turn();
-    NSNotificationCenter::defaultCenter().removeObserver(token);
 }
 
 }  // namespace
