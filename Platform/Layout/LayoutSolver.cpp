@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
+#include "Platform/Layout/LayoutDefinitions.h"
 #include "Platform/Layout/LayoutTableau.h"
 
 namespace zqcore::platform {
@@ -15,38 +15,12 @@ using Row = LayoutTableau::Row;
 
 constexpr double kEpsilon = LayoutTableau::kEpsilon;
 constexpr double kContradiction = 1e-6;  // points
-constexpr int kNone = -1;
+constexpr int kNone = LayoutTableau::kNone;
 
 /// What is no number, or beyond all screens, would spoil every sum that it enters.
 double sane(double constant) {
     constexpr double kFar = 1e9;
     return std::isnan(constant) ? 0 : std::clamp(constant, -kFar, kFar);
-}
-
-/// Compares what two symbols cost per unit of help, strongest level first.
-bool cheaper(const LayoutTableau& tableau, int a, double perA, int b, double perB) {
-    for (const LayoutTableau::Level& level : tableau.levels()) {
-        const double costA = level.cost[static_cast<std::size_t>(a)] / perA;
-        const double costB = level.cost[static_cast<std::size_t>(b)] / perB;
-        if (!LayoutTableau::isZero(costA - costB)) return costA < costB;
-    }
-    return a < b;
-}
-
-/// The basic symbol that reaches 0 first when `entering` grows; none if nothing stops it. The lowest number
-/// wins a tie.
-int firstToLeave(LayoutTableau& tableau, int entering) {
-    int leaving = kNone;
-    double least = std::numeric_limits<double>::infinity();
-    tableau.forEachRowWith(entering, [&](const Row& row, double coefficient) {
-        if (coefficient >= 0 || !tableau.isRestricted(row.basic)) return;
-        const double room = -row.constant / coefficient;
-        if (room < least - kEpsilon || (room < least + kEpsilon && row.basic < leaving)) {
-            least = std::min(room, least);
-            leaving = row.basic;
-        }
-    });
-    return leaving;
 }
 
 /// What one constraint put into the tableau. `sign` is the marker's factor in "terms + ... = constant".
@@ -63,6 +37,8 @@ struct Entry {
 
 struct LayoutSolver::Machine {
     LayoutTableau tableau;
+    LayoutDefinitions definitions{tableau};
+    std::vector<double> values;  // by symbol, as of the last solution
     std::vector<Entry> entries;
     std::vector<Constraint> unused;
     std::vector<int> infeasible;  // basic symbols that an edit may have made negative
@@ -70,8 +46,9 @@ struct LayoutSolver::Machine {
     bool optimal = true;
 
     std::optional<Constraint> admit(Row expression, const Entry& entry);
-    int chooseSubject(const Row& expression, const Entry& entry) const;
+    bool enter(Row expression, const Entry& entry);
     bool admitThroughArtificial(Row expression);
+    [[nodiscard]] bool isSlidable(int symbol) const;
     void charge(const Entry& entry, double factor);
     void giveRow(int marker);
     bool restoreFeasibility();
@@ -96,7 +73,7 @@ std::optional<LayoutSolver::Constraint> LayoutSolver::addConstraint(std::span<co
     LayoutTableau& tableau = machine_->tableau;
     Row expression;
     expression.constant = -constant;
-    for (const Term& term : terms) tableau.addTo(expression, term.variable, term.coefficient);
+    for (const Term& term : terms) expression.addTerm(term.variable, term.coefficient);
 
     const bool required = priority >= kRequired;
     Entry entry;
@@ -109,11 +86,11 @@ std::optional<LayoutSolver::Constraint> LayoutSolver::addConstraint(std::span<co
         entry.sign = relation == Relation::lessThanOrEqual ? 1 : -1;
         entry.marker = tableau.addSymbol(Kind::slack);
     }
-    tableau.addTo(expression, entry.marker, entry.sign);
+    expression.addTerm(entry.marker, entry.sign);
     if (!required) {
         entry.other = tableau.addSymbol(Kind::error);
         entry.otherPriority = priority;
-        tableau.addTo(expression, entry.other, -entry.sign);
+        expression.addTerm(entry.other, -entry.sign);
     }
     return machine_->admit(std::move(expression), entry);
 }
@@ -132,48 +109,19 @@ LayoutSolver::Constraint LayoutSolver::addWish(Variable variable, double constan
     entry.otherPriority = notBelow;
     Row expression;
     expression.constant = -constant;
-    tableau.addTo(expression, variable, 1);
-    tableau.addTo(expression, entry.marker, -1);
-    tableau.addTo(expression, entry.other, 1);
+    expression.addTerm(variable, 1);
+    expression.addTerm(entry.marker, -1);
+    expression.addTerm(entry.other, 1);
     return *machine_->admit(std::move(expression), entry);  // errors can always take up the difference
 }
 
-// The symbol that "0 = expression" is solved for; none if that takes a search.
-int LayoutSolver::Machine::chooseSubject(const Row& expression, const Entry& entry) const {
-    int subject = kNone;
-    // A variable may take any value; the one in fewest rows spreads the least.
-    for (const LayoutTableau::Term& term : expression.terms) {
-        if (tableau.kind(term.symbol) != Kind::external) continue;
-        if (subject == kNone || tableau.columnSize(term.symbol) < tableau.columnSize(subject)) {
-            subject = term.symbol;
-        }
-    }
-    if (subject != kNone) return subject;
-    // Else one of the constraint's own, if its value then isn't negative.
-    for (const int own : {entry.marker, entry.other}) {
-        if (own == kNone || tableau.kind(own) == Kind::dummy) continue;
-        if (-expression.constant / expression.coefficientOf(own) >= -kEpsilon) return own;
-    }
-    return kNone;
-}
-
-// Puts "0 = expression" into the tableau. None if it can't hold; the new symbols are then gone.
+// Puts "0 = expression" into the system. None if it can't hold; the new symbols are then gone.
 std::optional<LayoutSolver::Constraint> LayoutSolver::Machine::admit(Row expression, const Entry& entry) {
     optimal = false;
-    const int subject = chooseSubject(expression, entry);
-    const bool onlyDummies = std::all_of(
-        expression.terms.begin(), expression.terms.end(),
-        [this](const LayoutTableau::Term& term) { return tableau.kind(term.symbol) == Kind::dummy; });
-    bool admitted = true;
-    if (subject != kNone) {
-        tableau.insert(std::move(expression), subject);
-    } else if (onlyDummies) {
-        // It follows from earlier ones, or contradicts them.
-        admitted = std::abs(expression.constant) < kContradiction;
-        expression.constant = 0;
-        if (admitted) tableau.insert(std::move(expression), entry.marker);
-    } else {
-        admitted = admitThroughArtificial(std::move(expression));
+    bool admitted = definitions.adopt(expression);
+    if (!admitted) {
+        definitions.resolve(expression);
+        admitted = definitions.adoptResolved(expression) || enter(std::move(expression), entry);
     }
     if (!admitted) {
         tableau.removeSymbol(entry.marker);
@@ -191,6 +139,25 @@ std::optional<LayoutSolver::Constraint> LayoutSolver::Machine::admit(Row express
     return place;
 }
 
+// Puts what speaks of slacks, errors and dummies alone into the tableau; false if it can't hold.
+bool LayoutSolver::Machine::enter(Row expression, const Entry& entry) {
+    // One of the constraint's own becomes basic, if its value then isn't negative.
+    for (const int own : {entry.marker, entry.other}) {
+        if (own == kNone || tableau.kind(own) == Kind::dummy) continue;
+        if (-expression.constant / expression.coefficientOf(own) < -kEpsilon) continue;
+        tableau.insert(std::move(expression), own);
+        return true;
+    }
+    const bool onlyDummies = std::ranges::all_of(
+        expression.terms, [this](const auto& term) { return tableau.kind(term.symbol) == Kind::dummy; });
+    if (!onlyDummies) return admitThroughArtificial(std::move(expression));
+    // It follows from earlier ones, or contradicts them.
+    if (std::abs(expression.constant) >= kContradiction) return false;
+    expression.constant = 0;
+    tableau.insert(std::move(expression), entry.marker);
+    return true;
+}
+
 // Lets the equation be missed by an artificial amount and brings that amount down; it can hold if 0 is
 // reached.
 bool LayoutSolver::Machine::admitThroughArtificial(Row expression) {
@@ -199,7 +166,7 @@ bool LayoutSolver::Machine::admitThroughArtificial(Row expression) {
         for (LayoutTableau::Term& term : expression.terms) term.coefficient = -term.coefficient;
     }
     const int artificial = tableau.addSymbol(Kind::slack);
-    tableau.addTo(expression, artificial, -1);
+    expression.addTerm(artificial, -1);
     tableau.insert(std::move(expression), artificial);
 
     int moves = 0;
@@ -210,7 +177,7 @@ bool LayoutSolver::Machine::admitThroughArtificial(Row expression) {
         });
         if (lowers == row->terms.end()) break;
         const int entering = lowers->symbol;
-        tableau.pivot(firstToLeave(tableau, entering), entering);
+        tableau.pivot(tableau.firstToLeave(entering), entering);
     }
     if (const Row* row = tableau.rowOf(artificial)) {
         if (row->constant > kContradiction) {
@@ -243,12 +210,11 @@ void LayoutSolver::Machine::charge(const Entry& entry, double factor) {
 // first, in the one direction or else in the other, keeps all the rest as it is.
 void LayoutSolver::Machine::giveRow(int marker) {
     int leaving = kNone;
-    int rank = 3;
+    int rank = 2;
     double least = 0;
     tableau.forEachRowWith(marker, [&](const Row& row, double coefficient) {
-        const bool restricted = tableau.isRestricted(row.basic);
-        const int rowRank = !restricted ? 2 : coefficient < 0 ? 0 : 1;
-        const double room = restricted ? std::abs(row.constant / coefficient) : 0;
+        const int rowRank = coefficient < 0 ? 0 : 1;
+        const double room = std::abs(row.constant / coefficient);
         const bool earlier = room < least || (room == least && row.basic < leaving);
         if (rowRank > rank || (rowRank == rank && !earlier)) return;
         leaving = row.basic;
@@ -265,9 +231,18 @@ void LayoutSolver::removeConstraint(Constraint constraint) {
     machine_->charge(entry, -1);
     machine_->optimal = false;
     if (!tableau.rowOf(entry.marker)) machine_->giveRow(entry.marker);
-    if (tableau.rowOf(entry.marker)) tableau.erase(entry.marker);
+    LayoutDefinitions& definitions = machine_->definitions;
+    if (const Row* row = tableau.rowOf(entry.marker)) {
+        definitions.replace(*row);
+        tableau.erase(entry.marker);
+    } else {
+        definitions.surrender(entry.marker);
+    }
     for (const int symbol : {entry.marker, entry.other}) {
         if (symbol == kNone) continue;
+        Row nothing;
+        nothing.basic = symbol;
+        definitions.replace(nothing);
         tableau.strike(symbol);
         tableau.removeSymbol(symbol);
     }
@@ -283,11 +258,12 @@ void LayoutSolver::setConstant(Constraint constraint, double constant) {
     if (change == 0) return;
     if (!machine.optimal) machine.optimize();
     entry.constant = constant;
+    machine.definitions.shift(entry.marker, entry.sign * change);
     // The marker stands for the same thing as before, shifted; so only constants of rows move.
     const auto check = [&machine](const Row& row) {
         if (machine.tableau.kind(row.basic) == Kind::dummy) {
             machine.contradicted = machine.contradicted || std::abs(row.constant) > kContradiction;
-        } else if (machine.tableau.isRestricted(row.basic) && row.constant < -kEpsilon) {
+        } else if (row.constant < -kEpsilon) {
             machine.infeasible.push_back(row.basic);
         }
     };
@@ -306,6 +282,7 @@ void LayoutSolver::setConstant(Constraint constraint, double constant) {
 bool LayoutSolver::solve() {
     if (!machine_->restoreFeasibility()) return false;
     if (!machine_->optimal) machine_->optimize();
+    machine_->values = machine_->definitions.values();
     return true;
 }
 
@@ -315,7 +292,7 @@ int LayoutSolver::Machine::bestLift(const Row& row) const {
     double per = 1;
     for (const LayoutTableau::Term& term : row.terms) {
         if (term.coefficient <= kEpsilon || !tableau.mayEnter(term.symbol)) continue;
-        if (best == kNone || cheaper(tableau, term.symbol, term.coefficient, best, per)) {
+        if (best == kNone || tableau.isCheaper(term.symbol, term.coefficient, best, per)) {
             best = term.symbol;
             per = term.coefficient;
         }
@@ -339,8 +316,7 @@ bool LayoutSolver::Machine::restoreFeasibility() {
         }
         tableau.pivot(leaving, entering);
         tableau.forEachRowWith(leaving, [this](const Row& touched, double) {
-            const bool negative = tableau.isRestricted(touched.basic) && touched.constant < -kEpsilon;
-            if (negative) infeasible.push_back(touched.basic);
+            if (touched.constant < -kEpsilon) infeasible.push_back(touched.basic);
         });
     }
     return !contradicted;
@@ -371,7 +347,7 @@ void LayoutSolver::Machine::optimize() {
             symbol = symbol + 1 == tableau.symbolCount() ? 0 : symbol + 1;
             --untried;
             if (!helps(candidate, depth)) continue;
-            const int leaving = firstToLeave(tableau, candidate);
+            const int leaving = tableau.firstToLeave(candidate);
             if (leaving == kNone) continue;
             tableau.pivot(leaving, candidate);
             untried = tableau.symbolCount();
@@ -381,20 +357,33 @@ void LayoutSolver::Machine::optimize() {
 }
 
 double LayoutSolver::value(Variable variable) const {
-    const Row* row = machine_->tableau.rowOf(variable);
-    return row ? row->constant : 0;
+    const auto place = static_cast<std::size_t>(variable);
+    return place < machine_->values.size() ? machine_->values[place] : 0;
+}
+
+// Whether a symbol that isn't basic may change for nothing.
+bool LayoutSolver::Machine::isSlidable(int symbol) const {
+    if (tableau.kind(symbol) == Kind::external) return !definitions.isDefined(symbol);
+    return tableau.mayEnter(symbol) && !tableau.rowOf(symbol) && tableau.costsNothing(symbol);
 }
 
 bool LayoutSolver::isFree(Variable variable) const {
-    const LayoutTableau& tableau = machine_->tableau;
-    const Row* row = tableau.rowOf(variable);
-    if (!row) return true;
-    return std::any_of(row->terms.begin(), row->terms.end(), [&tableau](const LayoutTableau::Term& term) {
-        if (tableau.kind(term.symbol) == Kind::external) return true;
-        return tableau.mayEnter(term.symbol) && tableau.costsNothing(term.symbol);
-    });
+    Row row;
+    row.addTerm(variable, 1);
+    machine_->definitions.resolve(row);
+    return std::ranges::any_of(row.terms,
+                               [this](const auto& term) { return machine_->isSlidable(term.symbol); });
 }
 
-std::size_t LayoutSolver::revision() const noexcept { return machine_->tableau.changes(); }
+std::vector<bool> LayoutSolver::freeVariables() const {
+    std::vector<bool> slidable(static_cast<std::size_t>(machine_->tableau.symbolCount()));
+    for (std::size_t symbol = 0; symbol < slidable.size(); ++symbol)
+        slidable[symbol] = machine_->isSlidable(static_cast<int>(symbol));
+    return machine_->definitions.moved(slidable);
+}
+
+std::size_t LayoutSolver::revision() const noexcept {
+    return machine_->tableau.changes() + machine_->definitions.changes();
+}
 
 }  // namespace zqcore::platform

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "Platform/Base/Export.h"
 
@@ -55,6 +56,8 @@ class ZQ_EXPORT LayoutSolver final {
     /// Whether the constraints leave the variable no other value that is as good; true also for some that are
     /// fixed by a limit they just touch.
     [[nodiscard]] bool isFree(Variable variable) const;
+    /// `isFree` of every variable, by number, for little more than the price of one.
+    [[nodiscard]] std::vector<bool> freeVariables() const;
     /// Grows whenever the answers of `isFree` may have changed.
     [[nodiscard]] std::size_t revision() const noexcept;
 

@@ -199,11 +199,17 @@ bool LayoutEngine::System::solve() {
 
 // Sizes first: where either could give way a view rather moves than changes its size.
 bool LayoutEngine::System::holdWhatIsFree() {
+    std::vector<bool> free = solver.freeVariables();
     bool held = false;
     for (const Component component : {width, height, left, top}) {
         for (Node& node : nodes) {
             const LayoutSolver::Variable variable = node.variables[component];
-            if (variable < 0 || node.stays[component] || !solver.isFree(variable)) continue;
+            if (variable < 0 || node.stays[component] || !free[static_cast<std::size_t>(variable)]) continue;
+            if (!solver.isFree(variable)) {
+                // One that was held before holds it, and maybe others.
+                free = solver.freeVariables();
+                continue;
+            }
             const double values[] = {node.frame.origin.x, node.frame.origin.y, node.frame.size.width,
                                      node.frame.size.height};
             const LayoutSolver::Term term{variable, 1};

@@ -1,6 +1,7 @@
 #include "Platform/Layout/LayoutTableau.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace zqcore::platform {
@@ -11,9 +12,25 @@ std::size_t at(int symbol) { return static_cast<std::size_t>(symbol); }
 }  // namespace
 
 double LayoutTableau::Row::coefficientOf(int symbol) const {
-    const auto place = std::lower_bound(terms.begin(), terms.end(), symbol,
-                                        [](const Term& term, int wanted) { return term.symbol < wanted; });
+    const auto place = std::ranges::lower_bound(terms, symbol, {}, &Term::symbol);
     return place != terms.end() && place->symbol == symbol ? place->coefficient : 0;
+}
+
+void LayoutTableau::Row::addTerm(int symbol, double amount) {
+    const auto place = std::ranges::lower_bound(terms, symbol, {}, &Term::symbol);
+    if (place == terms.end() || place->symbol != symbol) {
+        if (!isZero(amount)) terms.insert(place, {symbol, amount});
+    } else if (place->coefficient += amount; isZero(place->coefficient)) {
+        terms.erase(place);
+    }
+}
+
+void LayoutTableau::Row::solveFor(int symbol) {
+    const double coefficient = coefficientOf(symbol);
+    std::erase_if(terms, [symbol](const Term& term) { return term.symbol == symbol; });
+    constant /= -coefficient;
+    for (Term& term : terms) term.coefficient /= -coefficient;
+    basic = symbol;
 }
 
 int LayoutTableau::addSymbol(Kind kind) {
@@ -45,7 +62,7 @@ const LayoutTableau::Row* LayoutTableau::rowOf(int symbol) const {
 void LayoutTableau::shiftConstant(int basic, double by) { rows_[at(rowOf_[at(basic)])].constant += by; }
 
 // row += factor * other; both are sorted, so is the result.
-void LayoutTableau::addScaled(Row& row, const Row& other, double factor) const {
+void LayoutTableau::addScaled(Row& row, const Row& other, double factor) {
     std::vector<Term>& scratch = scratch_;
     row.constant += factor * other.constant;
     scratch.clear();
@@ -74,16 +91,6 @@ void LayoutTableau::addScaled(Row& row, const Row& other, double factor) const {
     row.terms.swap(scratch);
 }
 
-void LayoutTableau::addTo(Row& expression, int symbol, double factor) const {
-    if (const Row* row = rowOf(symbol)) {
-        addScaled(expression, *row, factor);
-        return;
-    }
-    Row single;
-    single.terms.push_back({symbol, 1});
-    addScaled(expression, single, factor);
-}
-
 void LayoutTableau::place(Row row) {
     std::size_t index = rows_.size();
     if (freeRows_.empty()) {
@@ -99,11 +106,7 @@ void LayoutTableau::place(Row row) {
 }
 
 void LayoutTableau::insert(Row expression, int subject) {
-    const double coefficient = expression.coefficientOf(subject);
-    std::erase_if(expression.terms, [subject](const Term& term) { return term.symbol == subject; });
-    expression.constant /= -coefficient;
-    for (Term& term : expression.terms) term.coefficient /= -coefficient;
-    expression.basic = subject;
+    expression.solveFor(subject);
     ++changes_;
     substitute(subject, expression);
     place(std::move(expression));
@@ -143,9 +146,7 @@ void LayoutTableau::pivot(int leaving, int entering) {
     Row row = std::move(rows_[at(rowOf_[at(leaving)])]);
     erase(leaving);
     // 0 = row - leaving, to be solved for the entering symbol.
-    const auto before = std::lower_bound(row.terms.begin(), row.terms.end(), leaving,
-                                         [](const Term& term, int wanted) { return term.symbol < wanted; });
-    row.terms.insert(before, {leaving, -1});
+    row.addTerm(leaving, -1);
     insert(std::move(row), entering);
 }
 
@@ -177,6 +178,29 @@ void LayoutTableau::addCost(int symbol, double priority, double amount) {
 bool LayoutTableau::costsNothing(int symbol) const {
     return std::all_of(levels_.begin(), levels_.end(),
                        [symbol](const Level& level) { return level.cost[at(symbol)] == 0; });
+}
+
+bool LayoutTableau::isCheaper(int a, double perA, int b, double perB) const {
+    for (const Level& level : levels_) {
+        const double costA = level.cost[at(a)] / perA;
+        const double costB = level.cost[at(b)] / perB;
+        if (!isZero(costA - costB)) return costA < costB;
+    }
+    return a < b;
+}
+
+int LayoutTableau::firstToLeave(int entering) {
+    int leaving = kNone;
+    double least = std::numeric_limits<double>::infinity();
+    forEachRowWith(entering, [&](const Row& row, double coefficient) {
+        if (coefficient >= 0) return;
+        const double room = -row.constant / coefficient;
+        if (room < least - kEpsilon || (room < least + kEpsilon && row.basic < leaving)) {
+            least = std::min(room, least);
+            leaving = row.basic;
+        }
+    });
+    return leaving;
 }
 
 }  // namespace zqcore::platform

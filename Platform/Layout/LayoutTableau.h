@@ -14,7 +14,7 @@ class LayoutTableau final {
   public:
     enum class Kind : std::uint8_t {
         none,
-        external,  // a variable of the user's; any value
+        external,  // a variable of the user's; any value, and in no row (LayoutDefinitions)
         slack,     // the room in an inequality; not negative
         error,     // what a wish misses; not negative, has a cost
         dummy,     // marks a required equation; always 0, never becomes basic by choice
@@ -30,12 +30,16 @@ class LayoutTableau final {
         std::vector<Term> terms;
 
         [[nodiscard]] double coefficientOf(int symbol) const;
+        void addTerm(int symbol, double coefficient);
+        /// Turns "0 = constant + terms" into "symbol = constant + terms".
+        void solveFor(int symbol);
     };
     struct Level {
         double priority;
         std::vector<double> cost;  // by symbol
     };
 
+    static constexpr int kNone = -1;
     static constexpr double kEpsilon = 1e-9;
     [[nodiscard]] static bool isZero(double value) noexcept { return value < kEpsilon && value > -kEpsilon; }
 
@@ -43,7 +47,6 @@ class LayoutTableau final {
     void removeSymbol(int symbol);
     [[nodiscard]] int symbolCount() const noexcept { return static_cast<int>(kinds_.size()); }
     [[nodiscard]] Kind kind(int symbol) const { return kinds_[static_cast<std::size_t>(symbol)]; }
-    [[nodiscard]] bool isRestricted(int symbol) const { return kind(symbol) != Kind::external; }
     [[nodiscard]] bool mayEnter(int symbol) const {
         return kind(symbol) == Kind::slack || kind(symbol) == Kind::error;
     }
@@ -55,12 +58,12 @@ class LayoutTableau final {
     /// Calls `body(row, coefficient)` for each row that has `symbol` in it; body mustn't change terms.
     template <class Body>
     void forEachRowWith(int symbol, const Body& body);
-    [[nodiscard]] std::size_t columnSize(int symbol) const {
-        return columns_[static_cast<std::size_t>(symbol)].size();
+    template <class Body>
+    void forEachRow(const Body& body) const {
+        for (const Row& row : rows_)
+            if (row.basic >= 0) body(row);
     }
 
-    /// Adds `factor` times a symbol, by its row if it is basic, to an expression.
-    void addTo(Row& expression, int symbol, double factor) const;
     /// Turns "0 = expression" into a row for `subject`, puts it in and replaces the subject everywhere.
     void insert(Row expression, int subject);
     /// Takes a basic symbol's row out.
@@ -77,9 +80,14 @@ class LayoutTableau final {
     void addCost(int symbol, double priority, double amount);
     /// Whether raising the symbol costs nothing on any level.
     [[nodiscard]] bool costsNothing(int symbol) const;
+    /// Compares what two symbols cost per unit of help, strongest level first; the lower number wins a tie.
+    [[nodiscard]] bool isCheaper(int a, double perA, int b, double perB) const;
+    /// The basic symbol that reaches 0 first when `entering` grows; none if nothing stops it. The lowest
+    /// number wins a tie.
+    [[nodiscard]] int firstToLeave(int entering);
 
   private:
-    void addScaled(Row& row, const Row& other, double factor) const;
+    void addScaled(Row& row, const Row& other, double factor);
     void substitute(int symbol, const Row& by);
     void place(Row row);
 
@@ -93,8 +101,8 @@ class LayoutTableau final {
     std::vector<unsigned> visited_;          // by row: the walk that came by last
     unsigned walk_ = 0;
     std::size_t changes_ = 0;
-    mutable std::vector<Term> scratch_;
-    mutable std::vector<int> gained_;  // symbols that the last `addScaled` brought into its row
+    std::vector<Term> scratch_;
+    std::vector<int> gained_;  // symbols that the last `addScaled` brought into its row
 };
 
 template <class Body>
