@@ -13,6 +13,7 @@ help:
 	@echo "make format    lay all sources out by .clang-format"
 	@echo "make lint      floors, headers, formatting, clang-tidy"
 	@echo "make install   into PREFIX (default /usr/local)"
+	@echo "make deb       Debian packages of the programs and of the libraries"
 
 setup:
 	@scripts/setup build
@@ -20,7 +21,7 @@ setup:
 build: setup
 	@mkdir -p build
 	@cmake --preset $(PRESET) >build/configure.log 2>&1 || { cat build/configure.log; exit 1; }
-	@cmake --build build/$(PRESET) -j $(JOBS)
+	@cmake --build build/$(PRESET) -j $(JOBS) $(if $(TARGET),--target $(TARGET))
 
 test: build
 	@ctest --test-dir build/$(PRESET) --output-on-failure -j $(JOBS)
@@ -37,7 +38,7 @@ coverage:
 
 bench:
 	@scripts/setup build bench
-	@$(MAKE) --no-print-directory build PRESET=release
+	@$(MAKE) --no-print-directory build PRESET=release TARGET=zqcore_bench
 	@scripts/bench build/release
 
 FUZZ_SECONDS ?= 60
@@ -60,8 +61,9 @@ install:
 	@cmake --install build/release --prefix $(PREFIX)
 
 deb:
-	@$(MAKE) --no-print-directory build PRESET=release
-	@cd build/release && cpack -G DEB
+	@$(MAKE) --no-print-directory build PRESET=package
+	@cd build/package && cpack -G DEB >cpack.log 2>&1 || { cat cpack.log; exit 1; }
+	@ls build/package/*.deb
 
 clean:
 	@rm -rf build
