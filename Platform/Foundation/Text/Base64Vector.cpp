@@ -51,25 +51,25 @@ ZQ_AVX2 void store(char* output, __m256i bytes) noexcept {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(output), bytes);
 }
 
+// Both walk with copies of the pointers: for all that the compiler knows, a store to the text could change
+// the caller's. Several blocks a turn, since each is a chain of instructions that wait for one another.
+
 ZQ_AVX2_ENTRY void encodeAVX2(const char*& input, const char* inputEnd, char*& output) noexcept {
-    // Several blocks a turn, since each is a chain of instructions that wait for one another.
-    while (inputEnd - input >= 3 * 24 + 28) {
-        const auto a = encoded(input);
-        const auto b = encoded(input + 24);
-        const auto c = encoded(input + 48);
-        const auto d = encoded(input + 72);
-        store(output, a);
-        store(output + 32, b);
-        store(output + 64, c);
-        store(output + 96, d);
-        input += 96;
-        output += 128;
+    const char* from = input;
+    char* to = output;
+    for (; inputEnd - from >= 3 * 24 + 28; from += 96, to += 128) {
+        const auto a = encoded(from);
+        const auto b = encoded(from + 24);
+        const auto c = encoded(from + 48);
+        const auto d = encoded(from + 72);
+        store(to, a);
+        store(to + 32, b);
+        store(to + 64, c);
+        store(to + 96, d);
     }
-    while (inputEnd - input >= 28) {
-        store(output, encoded(input));
-        input += 24;
-        output += 32;
-    }
+    for (; inputEnd - from >= 28; from += 24, to += 32) store(to, encoded(from));
+    input = from;
+    output = to;
 }
 
 /// 32 characters: bits that are set where one is foreign, and 12 bytes at the beginning of each lane.
@@ -110,29 +110,23 @@ ZQ_AVX2 void storeLanes(char* output, __m256i bytes) noexcept {
 ZQ_AVX2 bool isZero(__m256i bits) noexcept { return _mm256_testz_si256(bits, bits) != 0; }
 
 ZQ_AVX2_ENTRY void decodeAVX2(const char*& input, const char* inputEnd, char*& output) noexcept {
-    while (inputEnd - input >= 128) {
-        const auto a = decoded(input);
-        const auto b = decoded(input + 32);
-        const auto c = decoded(input + 64);
-        const auto d = decoded(input + 96);
-        if (!isZero(_mm256_or_si256(_mm256_or_si256(a.foreign, b.foreign),
-                                    _mm256_or_si256(c.foreign, d.foreign)))) {
-            break;
-        }
-        storeLanes(output, a.bytes);
-        storeLanes(output + 24, b.bytes);
-        storeLanes(output + 48, c.bytes);
-        storeLanes(output + 72, d.bytes);
-        input += 128;
-        output += 96;
+    // Two blocks only, so that their values stay in registers.
+    const char* from = input;
+    char* to = output;
+    for (; inputEnd - from >= 64; from += 64, to += 48) {
+        const auto a = decoded(from);
+        const auto b = decoded(from + 32);
+        if (!isZero(_mm256_or_si256(a.foreign, b.foreign))) break;
+        storeLanes(to, a.bytes);
+        storeLanes(to + 24, b.bytes);
     }
-    while (inputEnd - input >= 32) {
-        const auto block = decoded(input);
-        if (!isZero(block.foreign)) return;
-        storeLanes(output, block.bytes);
-        input += 32;
-        output += 24;
+    for (; inputEnd - from >= 32; from += 32, to += 24) {
+        const auto block = decoded(from);
+        if (!isZero(block.foreign)) break;
+        storeLanes(to, block.bytes);
     }
+    input = from;
+    output = to;
 }
 
 }  // namespace
