@@ -61,9 +61,14 @@ std::string systemFontFile(const PinnedFile& font) {
     return path;
 }
 
+std::string& rootFolder() {
+    static std::string& folder = *new std::string;
+    return folder;
+}
+
 std::string fileOf(const PinnedFile& font) {
     for (const char* path : font.paths) {
-        if (NSFileManager::defaultManager().fileExistsAtPath(path)) return path;
+        if (NSFileManager::defaultManager().fileExistsAtPath(rootFolder() + path)) return rootFolder() + path;
     }
     return systemFontFile(font);
 }
@@ -150,6 +155,8 @@ ContextHandle makeContext(FcConfig* config) {
 }
 
 }  // namespace
+
+void usePinnedFontsBelow(std::string folder) { rootFolder() = std::move(folder); }
 
 PangoContext* pinnedTextContext() {
     FcConfig* const config = pinnedConfiguration();

@@ -3,8 +3,10 @@
 #include <pango/pangocairo.h>
 
 #include <memory>
+#include <string>
 
 #include "Platform/Base/CGGeometry.h"
+#include "Platform/Base/Export.h"
 
 namespace zqcore::platform {
 
@@ -25,6 +27,9 @@ using FontDescription = std::unique_ptr<PangoFontDescription, PangoFontDescripti
 /// The same over all fonts of the system, the pinned families first. Made at first use, since it reads the
 /// system's whole list of fonts.
 [[nodiscard]] PangoContext* systemTextContext();
+
+/// Looks for the pinned files below another folder than the root. For tests, before anything is set in type.
+ZQ_EXPORT void usePinnedFontsBelow(std::string folder);
 
 [[nodiscard]] FontDescription fontDescription(CGFloat size, CGFloat weight);
 

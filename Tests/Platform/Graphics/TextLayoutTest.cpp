@@ -2,14 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 #include <thread>
 
 #include "Platform/Graphics/CGContext.h"
 #include "Platform/Graphics/CGImage.h"
+#include "Platform/Graphics/Linux/FontMap.h"
 #include "Platform/Graphics/NSAttributedString.h"
 #include "Platform/Graphics/NSColor.h"
 #include "Platform/Graphics/NSFont.h"
+#include "TestKit/ScratchFolder.h"
 
 namespace zqcore::platform {
 namespace {
@@ -134,6 +137,50 @@ TEST(TextLayoutTest, NoTextIsTooOddToLayOut) {
         layout.draw(*context, {{0, 0}, {60, 60}});
     }
     EXPECT_EQ(TextLayout("a", font(-3)).size().height, lineHeightOf(*font(13)));
+}
+
+TEST(TextLayoutTest, AWordOfManyThousandLettersIsBrokenLikeAShortOne) {
+    for (const char* letter : {"w", "ж", "e\xCC\x81"}) {
+        std::string word;
+        for (int i = 0; i < 20000; ++i) word += letter;
+        for (const CGFloat width : {50.0, 400.0}) {
+            const CGFloat one = TextLayout(letter, font(13)).size().width;
+            const auto lineLetters = static_cast<std::size_t>(width / one);
+            const TextLayout layout("a " + word + "\nb c", font(13), {.width = width});
+            EXPECT_LE(layout.size().width, width) << letter;
+            const std::size_t lines = (20000 + lineLetters - 1) / lineLetters;
+            EXPECT_GE(layout.lineCount(), lines + 1) << letter << width;
+            EXPECT_LE(layout.lineCount(), lines + 3) << letter << width << ": \"b c\" stays whole";
+        }
+    }
+}
+
+/// For a process of its own: sets a text without the pinned fonts, the system's list being made of `folders`.
+/// What went wrong, 0 nothing.
+int faultsWithoutPinnedFonts(const std::string& folders, bool draws) {
+    const testkit::ScratchFolder folder;
+    const std::string list = folder.write(
+        "fonts.conf",
+        "<?xml version=\"1.0\"?><fontconfig>" + folders +
+            "<cachedir>/var/cache/fontconfig</cachedir><selectfont><rejectfont>"
+            "<glob>*/DejaVuSans*</glob><glob>*/wqy*</glob></rejectfont></selectfont></fontconfig>");
+    ::setenv("FONTCONFIG_FILE", list.c_str(), 1);
+    usePinnedFontsBelow(folder.path());
+    const TextLayout layout("Hxp 译", font(14), {.width = 200});
+    const auto context = CGContext::bitmap(100, 40);
+    layout.draw(*context, {{0, 0}, {100, 40}});
+    const CGSize size = layout.size();
+    const bool measured = size.width > 10 && size.width <= 200 && size.height == lineHeightOf(*font(14));
+    const bool drawn = inkOf(*context->makeImage()).size.width > 0;
+    return (measured ? 0 : 1) + (drawn == draws ? 0 : 2);
+}
+
+TEST(TextLayoutDeathTest, WithoutThePinnedFontsOthersServeOrNoneAndALineTellsIt) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    constexpr const char* kLine = "Font missing, text will look different: DejaVu Sans Book";
+    EXPECT_EXIT(std::_Exit(faultsWithoutPinnedFonts("<dir>/usr/share/fonts</dir>", true)),
+                testing::ExitedWithCode(0), kLine);
+    EXPECT_EXIT(std::_Exit(faultsWithoutPinnedFonts("", false)), testing::ExitedWithCode(0), kLine);
 }
 
 TEST(TextLayoutTest, EveryThreadMeasuresAlike) {
