@@ -9,6 +9,7 @@
 #include "Platform/AppKit/GuardedCall.h"
 #include "Platform/AppKit/NSEvent.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Dispatch/RunLoop.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Platform/Foundation/NSTimer.h"
@@ -60,6 +61,11 @@ bool NSApplication::isActive() const { return state_->active; }
 void NSApplication::activate(bool ignoringOtherApps) {
     // Politely, it waits until the user brings it to the front.
     if (ignoringOtherApps) state_->display->activateApplication();
+}
+
+void NSApplication::activateIgnoringOtherApps(bool ignoring) {
+    if (isMainThread()) return shared()->activate(ignoring);
+    DispatchQueue::main()->async([ignoring] { shared()->activate(ignoring); });
 }
 
 void NSApplication::deactivate() { state_->display->deactivateApplication(); }

@@ -28,7 +28,7 @@ inline constexpr std::string_view NSApplicationDisplayLostNotification =
 /// The one application object: windows, activation, events and the main loop's turn. A turn of the main loop
 /// runs the due timers in the order of their times, then the main queue as it stood, then the display pass
 /// (constraints, layout, tracking areas, drawing). Nothing wakes while nothing changes.
-/// Threads: main thread. Lifetime: made at the first use; it holds each visible window.
+/// Threads: main thread, save where told. Lifetime: made at the first use; it holds each visible window.
 /// Failure: what an event handler throws is caught, with one log line.
 class ZQ_EXPORT NSApplication : public NSResponder {
   public:
@@ -40,6 +40,8 @@ class ZQ_EXPORT NSApplication : public NSResponder {
     // Activation.
     [[nodiscard]] bool isActive() const;
     void activate(bool ignoringOtherApps = true);
+    /// The same from any thread: on another than the main one it is queued for that and returns at once.
+    static void activateIgnoringOtherApps(bool ignoring);
     void deactivate();
 
     // Windows.

@@ -68,9 +68,8 @@ std::shared_ptr<GCDTimer> exchangeTimer(std::shared_ptr<GCDTimer> timer) {
 
 void KeepAliveHelper::fire() {
     ZQLogInfo("启用保活");
+    NSApplication::activateIgnoringOtherApps(true);
     DispatchQueueExtension::safeMain([] {
-        // Also from another thread the application is met on its own.
-        NSApplication::shared()->activate(true);
         if (state().window) return;
         const auto& process = NSProcessInfo::processInfo();
         process.disableAutomaticTermination("KeepAliveHelper");

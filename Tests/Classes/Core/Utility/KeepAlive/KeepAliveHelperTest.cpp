@@ -90,10 +90,16 @@ TEST_F(KeepAliveHelperTest, TicksOnceAMinuteUntilItEnds) {
 }
 
 TEST_F(KeepAliveHelperTest, FromAnotherThreadItStartsOnTheMainOne) {
+    ui.display().setApplicationActive(false);
     DispatchQueue::global()->async([] { KeepAliveHelper::fire(); });
     EXPECT_FALSE(KeepAliveHelper::window());
     ui.turn();
     EXPECT_TRUE(KeepAliveHelper::window());
+    EXPECT_TRUE(ui.application().isActive());
+    ui.display().setApplicationActive(false);
+    DispatchQueue::global()->async([] { KeepAliveHelper::fire(); });
+    ui.turn();
+    EXPECT_TRUE(ui.application().isActive()) << "also while it runs";
 }
 
 }  // namespace
