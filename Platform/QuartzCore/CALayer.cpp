@@ -196,10 +196,6 @@ void CALayer::displayIfNeeded(CGFloat scale) {
     state_->drawn = std::make_unique<LayerRecording>(bounds(), contentsAreFlipped(), scale, draw);
 }
 
-bool CALayer::isDrawnCoarserThan(CGFloat scale) const {
-    return state_->drawn && state_->drawn->scale() < scale;
-}
-
 bool CALayer::hasContents() const { return state_->contents || state_->drawn; }
 
 // Animation

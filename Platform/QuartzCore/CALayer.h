@@ -17,6 +17,7 @@ namespace zqcore::platform {
 
 class CGContext;
 class CGImage;
+class CIFilter;
 struct CAAnimationTerms;
 
 /// Which parts of a frame give way when the superlayer's size changes; 0 keeps the frame as it is.
@@ -86,7 +87,9 @@ class ZQ_EXPORT CALayer : public NSObject {
     // Looks. Defaults: opacity 1, everything clear, 0 or off; shadow black at opacity 0, offset (0, -3),
     // radius 3.
     [[nodiscard]] CGColor backgroundColor() const;
-    void setBackgroundColor(const CGColor& color);
+    /// Whether one is set, be it clear.
+    [[nodiscard]] bool hasBackgroundColor() const;
+    void setBackgroundColor(const std::optional<CGColor>& color);
     [[nodiscard]] CGColor borderColor() const;
     void setBorderColor(const CGColor& color);
     [[nodiscard]] CGFloat borderWidth() const;
@@ -114,6 +117,10 @@ class ZQ_EXPORT CALayer : public NSObject {
     [[nodiscard]] CGFloat shadowRadius() const;
     void setShadowRadius(CGFloat radius);
 
+    /// What the whole subtree is shown through, one after the other.
+    [[nodiscard]] const std::vector<std::shared_ptr<CIFilter>>& filters() const;
+    void setFilters(std::vector<std::shared_ptr<CIFilter>> filters);
+
     // Contents: a picture stretched over the bounds, or a drawing of its own.
     [[nodiscard]] const std::shared_ptr<const CGImage>& contents() const;
     void setContents(std::shared_ptr<const CGImage> contents);
@@ -125,8 +132,6 @@ class ZQ_EXPORT CALayer : public NSObject {
     /// Runs the draw handler now if it is due; images that it draws choose their form for `scale` pixels a
     /// point.
     void displayIfNeeded(CGFloat scale = 1);
-    /// Whether what the draw handler drew was for fewer pixels a point than `scale`.
-    [[nodiscard]] bool isDrawnCoarserThan(CGFloat scale) const;
 
     // Animation.
     /// Decides for each change of an animatable value; without a policy the layer is free. A policy that

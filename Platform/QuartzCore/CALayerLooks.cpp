@@ -1,12 +1,17 @@
+#include <utility>
+
 #include "Platform/QuartzCore/LayerState.h"
 
 // The plain properties of a layer: each setter changes one value, under the terms of the moment.
 namespace zqcore::platform {
 
 CGColor CALayer::backgroundColor() const { return state_->backgroundColor.value(); }
-void CALayer::setBackgroundColor(const CGColor& color) {
-    if (color == backgroundColor()) return;
-    didChange(state_->backgroundColor.set(color, termsOfChange()));
+bool CALayer::hasBackgroundColor() const { return state_->hasBackground; }
+void CALayer::setBackgroundColor(const std::optional<CGColor>& color) {
+    state_->hasBackground = color.has_value();
+    const CGColor shown = color.value_or(CGColor::clear());
+    if (shown == backgroundColor()) return;
+    didChange(state_->backgroundColor.set(shown, termsOfChange()));
 }
 
 CGColor CALayer::borderColor() const { return state_->borderColor.value(); }
@@ -72,6 +77,13 @@ CGFloat CALayer::shadowRadius() const { return state_->shadowRadius.value(); }
 void CALayer::setShadowRadius(CGFloat radius) {
     if (radius == shadowRadius()) return;
     didChange(state_->shadowRadius.set(radius, termsOfChange()));
+}
+
+const std::vector<std::shared_ptr<CIFilter>>& CALayer::filters() const { return state_->filters; }
+void CALayer::setFilters(std::vector<std::shared_ptr<CIFilter>> filters) {
+    std::erase(filters, nullptr);
+    state_->filters = std::move(filters);
+    didChange();
 }
 
 CGRect autoresizedFrame(const CGRect& frame, CAAutoresizingMask mask, CGSize oldSize,

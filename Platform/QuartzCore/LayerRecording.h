@@ -26,11 +26,9 @@ class LayerRecording final {
 
     /// Draws it over `rect` of the present space, stretched where the size differs.
     void replay(CGContext& context, const CGRect& rect) const;
-    [[nodiscard]] CGFloat scale() const noexcept { return scale_; }
 
   private:
-    CGSize size_;  // in pixels of `scale_`
-    CGFloat scale_;
+    CGSize size_;  // in pixels
     _cairo_surface* surface_ = nullptr;
 };
 

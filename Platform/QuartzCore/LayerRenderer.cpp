@@ -6,6 +6,7 @@
 #include "Platform/Graphics/CGImage.h"
 #include "Platform/Graphics/CGPath.h"
 #include "Platform/Graphics/CGRect.h"
+#include "Platform/Graphics/CIFilter.h"
 #include "Platform/QuartzCore/LayerState.h"
 
 namespace zqcore::platform {
@@ -70,7 +71,11 @@ struct LayerRenderer::Walk {
             const CGFloat corner = fittingRadius(shown.bounds, shown.cornerRadius);
             context.drawShadow(*CGPath::roundedRect(shown.bounds, corner, corner), *shadow);
         }
-        drawBody(layer, shown);
+        if (layer.filters().empty()) {
+            drawBody(layer, shown);
+        } else {
+            drawFiltered(layer, shown);
+        }
         if (group) context.endTransparencyLayer();
         context.restoreGState();
     }
@@ -96,12 +101,36 @@ struct LayerRenderer::Walk {
     // Whether the shape that casts the shadow is the rounded rectangle itself: an opaque background that
     // nothing sticks out of. Then no group is needed.
     bool castsByOutline(const CALayer& layer, const CALayer::Presentation& shown) const {
-        if (!hasArea(shown.bounds) || shown.backgroundColor.alpha < 1) return false;
+        return hasArea(shown.bounds) && shown.backgroundColor.alpha >= 1 && staysInside(layer, shown);
+    }
+
+    bool staysInside(const CALayer& layer, const CALayer::Presentation& shown) const {
+        if (layer.masksToBounds()) return true;
         const auto& sublayers = layer.sublayers();
         return std::all_of(sublayers.begin(), sublayers.end(), [&](const auto& sublayer) {
             return sublayer->isHidden() ||
                    CGRectContainsRect(shown.bounds, CGRectStandardize(sublayer->presentationAt(now).frame));
         });
+    }
+
+    // Filters work on pixels, so the body is drawn on those that it will cover, and they are put in place.
+    void drawFiltered(CALayer& layer, const CALayer::Presentation& shown) const {
+        const CGAffineTransform toPixels = context.ctm();
+        CGRect area = context.clipBoundingBox();
+        if (staysInside(layer, shown)) area = CGRectIntersection(area, CGRectStandardize(shown.bounds));
+        if (!hasArea(area) || !isInvertible(toPixels)) return;
+        const CGRect covered = CGRectIntegral(CGRectApplyAffineTransform(area, toPixels));
+        area = CGRectApplyAffineTransform(covered, CGAffineTransformInvert(toPixels));
+        const auto part = CGContext::bitmap(static_cast<std::int64_t>(covered.size.width),
+                                            static_cast<std::int64_t>(covered.size.height));
+        if (!part) return drawBody(layer, shown);
+        part->scaleBy(covered.size.width / area.size.width, covered.size.height / area.size.height);
+        if (context.isFlipped()) part->flip(area.size.height);
+        part->translateBy(-area.origin.x, -area.origin.y);
+        Walk{*part, now, scale}.drawBody(layer, shown);
+        std::shared_ptr<const CGImage> image = part->makeImage();
+        for (const auto& filter : layer.filters()) image = filter->apply(std::move(image));
+        if (image) context.drawImage(*image, area);
     }
 
     void drawBody(CALayer& layer, const CALayer::Presentation& shown) const {

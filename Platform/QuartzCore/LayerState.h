@@ -26,12 +26,14 @@ struct CALayer::State {
     bool geometryFlipped = false;
     bool masksToBounds = false;
     bool hidden = false;
+    bool hasBackground = false;
     bool needsDisplay = false;
     bool needsRender = true;      // something in the subtree
     Clock::Instant runningUntil;  // anything in the subtree, at the latest
 
     CALayer* superlayer = nullptr;
     std::vector<std::shared_ptr<CALayer>> sublayers;
+    std::vector<std::shared_ptr<CIFilter>> filters;
     std::string cornerCurve{kCACornerCurveCircular};
     std::shared_ptr<const CGImage> contents;
     std::function<void(CGContext&)> draw;

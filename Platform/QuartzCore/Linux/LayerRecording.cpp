@@ -10,7 +10,7 @@ namespace zqcore::platform {
 
 LayerRecording::LayerRecording(const CGRect& bounds, bool flipped, CGFloat scale,
                                const std::function<void(CGContext&)>& draw)
-    : size_{bounds.size.width * scale, bounds.size.height * scale}, scale_(scale) {
+    : size_{bounds.size.width * scale, bounds.size.height * scale} {
     const bool hasArea = size_.width > 0 && size_.height > 0 && std::isfinite(size_.width * size_.height);
     if (!hasArea) return;
     const cairo_rectangle_t extents{0, 0, size_.width, size_.height};

@@ -34,14 +34,13 @@ void removeAllSubviews(NSView& view) {
 }
 
 std::shared_ptr<NSColor> backgroundColor(const NSView& view) {
-    if (!view.wantsLayer()) return nullptr;
-    const CGColor color = view.layer()->backgroundColor();
-    return color == CGColor{} ? nullptr : NSColor::colorWithCGColor(color);
+    if (!view.wantsLayer() || !view.layer()->hasBackgroundColor()) return nullptr;
+    return NSColor::colorWithCGColor(view.layer()->backgroundColor());
 }
 
 void setBackgroundColor(NSView& view, const std::shared_ptr<NSColor>& color) {
     view.setWantsLayer(true);
-    view.layer()->setBackgroundColor(color ? color->cgColor() : CGColor{});
+    view.layer()->setBackgroundColor(color ? std::optional(color->cgColor()) : std::nullopt);
 }
 
 void bringSubviewToFront(NSView& view, const std::shared_ptr<NSView>& subview) {

@@ -22,9 +22,9 @@ ZQ_EXPORT void zq_convenienceAddTrackingArea(NSView& view, NSTrackingAreaOptions
 
 ZQ_EXPORT void removeAllSubviews(NSView& view);
 
-/// The layer's background; null if the view has no layer of its own or a clear background.
+/// The layer's background; null if the view has no layer of its own or none is set.
 [[nodiscard]] ZQ_EXPORT std::shared_ptr<NSColor> backgroundColor(const NSView& view);
-/// Makes the view layer-backed and sets the layer's background, as the colour is now; null is clear.
+/// Makes the view layer-backed and sets the layer's background, as the colour is now; null takes it away.
 ZQ_EXPORT void setBackgroundColor(NSView& view, const std::shared_ptr<NSColor>& color);
 
 /// Draws that subview in front of, or behind, its siblings; the others keep their order.

@@ -72,6 +72,9 @@ TEST_F(NSViewExtensionTest, BackgroundColorIsTheLayers) {
     EXPECT_EQ(view->layer()->backgroundColor(), (CGColor{1, 0.5, 0, 0.5}));
     ASSERT_TRUE(backgroundColor(*view));
     EXPECT_TRUE(backgroundColor(*view)->isEqual(*NSColor::colorWithRGBA(1, 0.5, 0, 0.5)));
+    setBackgroundColor(*view, NSColor::clearColor());
+    ASSERT_TRUE(backgroundColor(*view)) << "clear is a colour";
+    EXPECT_EQ(backgroundColor(*view)->alphaComponent(), 0);
     setBackgroundColor(*view, nullptr);
     EXPECT_FALSE(backgroundColor(*view));
 }
