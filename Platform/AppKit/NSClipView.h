@@ -18,6 +18,8 @@ class ZQ_EXPORT NSClipView : public NSView {
 
     [[nodiscard]] const std::shared_ptr<NSView>& documentView() const noexcept { return document_; }
     void setDocumentView(const std::shared_ptr<NSView>& view);
+    /// Also ends steps under way.
+    void setBoundsOrigin(CGPoint origin) override;
     [[nodiscard]] bool isFlipped() const override { return document_ && document_->isFlipped(); }
     [[nodiscard]] bool clipsToBounds() const override { return true; }
     [[nodiscard]] bool drawsBackground() const noexcept { return drawsBackground_; }
@@ -48,6 +50,7 @@ class ZQ_EXPORT NSClipView : public NSView {
     std::shared_ptr<NSView> document_;
     std::shared_ptr<NSColor> background_;
     std::shared_ptr<SteppedAnimation> steps_;
+    bool stepping_ = false;
     bool drawsBackground_ = true;
     bool copiesOnScroll_ = true;
 };

@@ -17,6 +17,9 @@ class ZQ_EXPORT NSMenuItem : public NSObject {
 
     [[nodiscard]] const std::string& title() const noexcept { return title_; }
     void setTitle(std::string title) { title_ = std::move(title); }
+    /// True at first; a disabled one does nothing.
+    [[nodiscard]] bool isEnabled() const noexcept { return enabled_; }
+    void setEnabled(bool enabled) noexcept { enabled_ = enabled; }
     [[nodiscard]] std::shared_ptr<NSObject> target() const noexcept { return target_.lock(); }
     void setTarget(std::shared_ptr<NSObject> target) { target_ = target; }
     [[nodiscard]] const std::optional<Selector>& action() const noexcept { return action_; }
@@ -26,6 +29,7 @@ class ZQ_EXPORT NSMenuItem : public NSObject {
     std::string title_;
     std::weak_ptr<NSObject> target_;
     std::optional<Selector> action_;
+    bool enabled_ = true;
 };
 
 }  // namespace zqcore::platform

@@ -38,6 +38,11 @@ void NSClipView::setDocumentView(const std::shared_ptr<NSView>& view) {
     flipDidChange();
 }
 
+void NSClipView::setBoundsOrigin(CGPoint origin) {
+    if (!stepping_) stopAnimations();
+    NSView::setBoundsOrigin(origin);
+}
+
 void NSClipView::willRemoveSubview(NSView& view) {
     NSView::willRemoveSubview(view);
     if (document_.get() == &view) document_.reset();
@@ -74,9 +79,11 @@ void NSClipView::Animator::setBoundsOrigin(CGPoint origin) {
     clip_.steps_ = SteppedAnimation::run([weak, from, origin](double progress) {
         const auto clip = weak.lock();
         if (!clip) return;
+        clip->stepping_ = true;
         clip->setBoundsOrigin(progress == 1 ? origin
                                             : CGPoint{from.x + (origin.x - from.x) * progress,
                                                       from.y + (origin.y - from.y) * progress});
+        clip->stepping_ = false;
     });
 }
 
@@ -96,7 +103,8 @@ void NSScrollView::setContentView(const std::shared_ptr<NSClipView>& clip) {
     const auto document = clip_ ? clip_->documentView() : nullptr;
     const auto old = std::exchange(clip_, clip);
     if (old) old->removeFromSuperview();
-    addSubview(clip);
+    // Behind the scrollers.
+    addSubview(clip, NSWindowOrderingMode::below, nullptr);
     if (document && !clip->documentView()) clip->setDocumentView(document);
     tile();
 }
@@ -106,7 +114,54 @@ std::shared_ptr<NSView> NSScrollView::documentView() const { return clip_ ? clip
 void NSScrollView::setDocumentView(const std::shared_ptr<NSView>& view) { clip_->setDocumentView(view); }
 
 void NSScrollView::tile() {
-    if (clip_) clip_->setFrame(bounds());
+    const CGRect whole = bounds();
+    if (clip_) clip_->setFrame(whole);
+    constexpr CGFloat width = NSScroller::kWidth;
+    if (verticalScroller_) {
+        verticalScroller_->setFrame(
+            {{CGRectGetMaxX(whole) - width, whole.origin.y}, {width, whole.size.height}});
+    }
+    if (horizontalScroller_) {
+        const CGFloat y = isFlipped() ? CGRectGetMaxY(whole) - width : whole.origin.y;
+        horizontalScroller_->setFrame({{whole.origin.x, y}, {whole.size.width, width}});
+    }
+    placeKnobs();
+}
+
+void NSScrollView::setHasVerticalScroller(bool has) {
+    setScroller(verticalScroller_, NSScroller::Direction::vertical, has);
+}
+
+void NSScrollView::setHasHorizontalScroller(bool has) {
+    setScroller(horizontalScroller_, NSScroller::Direction::horizontal, has);
+}
+
+void NSScrollView::setScroller(std::shared_ptr<NSScroller>& scroller, NSScroller::Direction direction,
+                               bool has) {
+    if (has == (scroller != nullptr)) return;
+    if (!has) return std::exchange(scroller, nullptr)->removeFromSuperview();
+    scroller = makeObject<NSScroller>(direction);
+    addSubview(scroller);
+    tile();
+}
+
+// The knob shows the visible part of what can be come to, insets included.
+void NSScrollView::placeKnobs() {
+    if (!clip_ || (!verticalScroller_ && !horizontalScroller_)) return;
+    constexpr CGFloat far = 1e9;
+    const CGRect seen = clip_->bounds();
+    const CGPoint first = limited({-far, -far});
+    const CGPoint last = limited({far, far});
+    const auto place = [](NSScroller& scroller, CGFloat at, CGFloat from, CGFloat to, CGFloat visible,
+                          bool turned) {
+        const CGFloat way = to - from;
+        const CGFloat value = way > 0 ? std::clamp((at - from) / way, 0.0, 1.0) : 0;
+        scroller.setValueAndProportion(turned ? 1 - value : value, way > 0 ? visible / (way + visible) : 1);
+    };
+    if (verticalScroller_)
+        place(*verticalScroller_, seen.origin.y, first.y, last.y, seen.size.height, !clip_->isFlipped());
+    if (horizontalScroller_)
+        place(*horizontalScroller_, seen.origin.x, first.x, last.x, seen.size.width, false);
 }
 
 void NSScrollView::resizeSubviewsWithOldSize(CGSize oldSize) {
@@ -114,7 +169,13 @@ void NSScrollView::resizeSubviewsWithOldSize(CGSize oldSize) {
     tile();
 }
 
-void NSScrollView::reflectScrolledClipView(NSClipView& /*clip*/) {}
+void NSScrollView::reflectScrolledClipView(NSClipView& clip) {
+    if (&clip != clip_.get()) return;
+    placeKnobs();
+    for (const auto& scroller : {verticalScroller_, horizontalScroller_}) {
+        if (scroller) scroller->flash();
+    }
+}
 
 CGPoint NSScrollView::limited(CGPoint origin) const {
     const auto document = documentView();
@@ -130,7 +191,10 @@ CGPoint NSScrollView::limited(CGPoint origin) const {
 
 // While a gesture holds the content nothing may pull it out of the hand.
 void NSScrollView::documentFrameChanged() {
-    if (!inGesture_) clip_->setBoundsOrigin(limited(clip_->bounds().origin));
+    placeKnobs();
+    if (inGesture_) return;
+    const CGPoint within = limited(clip_->bounds().origin);
+    if (within != clip_->bounds().origin) clip_->setBoundsOrigin(within);
 }
 
 void NSScrollView::scrollWheel(const NSEvent& event) {

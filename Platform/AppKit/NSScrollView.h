@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "Platform/AppKit/NSClipView.h"
+#include "Platform/AppKit/NSScroller.h"
 
 namespace zqcore::platform {
 
@@ -34,12 +35,19 @@ class ZQ_EXPORT NSScrollView : public NSView {
     void setHorizontalScrollElasticity(NSScrollElasticity elasticity) noexcept { horizontal_ = elasticity; }
     [[nodiscard]] bool drawsBackground() const noexcept { return clip_->drawsBackground(); }
     void setDrawsBackground(bool draws) { clip_->setDrawsBackground(draws); }
-    [[nodiscard]] bool hasVerticalScroller() const noexcept { return verticalScroller_; }
-    void setHasVerticalScroller(bool has) noexcept { verticalScroller_ = has; }
-    [[nodiscard]] bool hasHorizontalScroller() const noexcept { return horizontalScroller_; }
-    void setHasHorizontalScroller(bool has) noexcept { horizontalScroller_ = has; }
+    /// Scrollers lie over the document's edge and show for a moment when it moves; none at first.
+    [[nodiscard]] bool hasVerticalScroller() const noexcept { return verticalScroller_ != nullptr; }
+    void setHasVerticalScroller(bool has);
+    [[nodiscard]] const std::shared_ptr<NSScroller>& verticalScroller() const noexcept {
+        return verticalScroller_;
+    }
+    [[nodiscard]] bool hasHorizontalScroller() const noexcept { return horizontalScroller_ != nullptr; }
+    void setHasHorizontalScroller(bool has);
+    [[nodiscard]] const std::shared_ptr<NSScroller>& horizontalScroller() const noexcept {
+        return horizontalScroller_;
+    }
 
-    /// Brings the scrollers up to date, and nothing else.
+    /// Brings the scrollers up to date and shows them, and nothing else.
     virtual void reflectScrolledClipView(NSClipView& clip);
     void scrollWheel(const NSEvent& event) override;
     void resizeSubviewsWithOldSize(CGSize oldSize) override;
@@ -55,14 +63,16 @@ class ZQ_EXPORT NSScrollView : public NSView {
     void documentFrameChanged();
     void springBack();
     void tile();
+    void setScroller(std::shared_ptr<NSScroller>& scroller, NSScroller::Direction direction, bool has);
+    void placeKnobs();
 
     std::shared_ptr<NSClipView> clip_;
+    std::shared_ptr<NSScroller> verticalScroller_;
+    std::shared_ptr<NSScroller> horizontalScroller_;
     NSEdgeInsets insets_;
     NSScrollElasticity vertical_ = NSScrollElasticity::automatic;
     NSScrollElasticity horizontal_ = NSScrollElasticity::automatic;
     bool adjustsInsets_ = true;
-    bool verticalScroller_ = false;
-    bool horizontalScroller_ = false;
     bool inGesture_ = false;
 };
 

@@ -13,6 +13,7 @@
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Platform/Graphics/CGRect.h"
 #include "Platform/Graphics/NSFont.h"
+#include "Platform/QuartzCore/CALayer.h"
 #include "TestKit/UI/HeadlessApplication.h"
 
 namespace zqcore {
@@ -196,6 +197,42 @@ TEST_F(ScrollTest, ADocumentThatShrinksBringsThePlaceWithin) {
     EXPECT_EQ(posts, 1);
     scroll->contentView()->setBoundsOrigin({0, 500});
     EXPECT_EQ(y(), 500) << "code sets what it says";
+    scroll->contentView()->animator().setBoundsOrigin({0, 0});
+    ui.advance(0.1);
+    document->setFrameSize({100, 1000});
+    ui.advance(0.05);
+    EXPECT_LT(y(), 250) << "what stays within the limits goes on";
+    scroll->contentView()->setBoundsOrigin({0, 40});
+    ui.advance(1);
+    EXPECT_EQ(y(), 40) << "and ends the way that was under way";
+}
+
+TEST_F(ScrollTest, AKnobShowsThePlaceForAMoment) {
+    scroll->setHasVerticalScroller(true);
+    const auto scroller = scroll->verticalScroller();
+    const auto shownAlpha = [&] { return scroller->layer()->presentation().opacity; };
+    ui.turn();
+    EXPECT_EQ(scroller->knobProportion(), 0.4) << "100 of 250";
+    EXPECT_EQ(shownAlpha(), 0) << "nothing moved yet";
+    ui.display().scroll(0, -75);
+    EXPECT_EQ(scroller->doubleValue(), 0.5);
+    EXPECT_EQ(CGRectGetMidY(scroller->knobRect()), 50);
+    EXPECT_EQ(shownAlpha(), 1);
+    ui.advance(0.9);
+    EXPECT_LT(shownAlpha(), 1);
+    EXPECT_GT(shownAlpha(), 0);
+    ui.advance(0.2);
+    EXPECT_EQ(shownAlpha(), 0);
+    ui.display().movePointer({198, 150});
+    ui.display().scroll(0, -10);
+    EXPECT_EQ(y(), 85) << "it takes no events";
+    scroll->setContentInsets({50, 0, 50, 0});
+    scroll->contentView()->setBoundsOrigin({0, -50});
+    scroll->reflectScrolledClipView(*scroll->contentView());
+    EXPECT_EQ(scroller->doubleValue(), 0) << "insets count";
+    scroll->setContentInsets({});
+    document->setFrameSize({100, 10});
+    EXPECT_TRUE(CGRectIsNull(scroller->knobRect())) << "nothing to scroll";
 }
 
 TEST_F(ControlsTest, SegmentsAreSelectedByPressAndReleaseInTheSameOne) {
