@@ -166,6 +166,7 @@ void NSApplication::State::displayLost(std::string_view reason) {
     const auto held = application.shared_from_this();
     NSLog("The display is gone: " + std::string(reason));
     setKeyWindow(nullptr);
+    for (const auto& window : std::vector(windows)) window->dropPresses();
     application.endTracking();
     // Nobody sees them any more. They aren't closed: that is for whoever hears of the loss.
     for (const auto& window : std::vector(windows)) window->orderOut();

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/AppKit/FocusRing.h"
 #include "Platform/AppKit/GuardedCall.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSView.h"
@@ -25,6 +26,19 @@ namespace {
 constexpr double kFrame = 1.0 / 60;
 // Layouts that change constraints again are followed this often in one pass.
 constexpr int kLayoutRounds = 8;
+
+/// Says of a window, while it lives, that its pass is under way.
+class Underway {
+  public:
+    explicit Underway(bool& flag) : flag_(flag), outer_(std::exchange(flag, true)) {}
+    ~Underway() { flag_ = outer_; }
+    Underway(const Underway&) = delete;
+    Underway& operator=(const Underway&) = delete;
+
+  private:
+    bool& flag_;
+    bool outer_;
+};
 
 }  // namespace
 
@@ -62,9 +76,11 @@ void DisplayPass::updateTracking(NSView& view) {
 // Also what is scrolled out of sight draws now, at its first pass in a window.
 void DisplayPass::drawMarked(NSView& view, CGFloat scale) {
     if (view.isHidden()) return;
-    // Kept operations are sharp at any scale, but the images among them chose their forms for one.
-    const bool coarse = view.layer()->isDrawnCoarserThan(scale);
+    // Kept operations are sharp at any scale, but the images among them chose their forms for one. That one
+    // is the scale asked for here, not one read back: each finer scale draws once more, whatever came of it.
+    const bool coarse = view.drawnScale_ < scale;
     if (std::exchange(view.needsDisplay_, false) || coarse) {
+        view.drawnScale_ = scale;
         if (view.wantsUpdateLayer()) {
             guardedCall("updateLayer", [&] { view.updateLayer(); });
         } else {
@@ -82,6 +98,8 @@ void DisplayPass::run(NSWindow& window) {
     if (window.drawnAppearance_ && window.drawnAppearance_ != appearance) window.appearanceChanged();
     window.drawnAppearance_ = appearance;
     window.needsPass_ = false;
+    // What the pass itself does to layers is shown at its end and asks for no second pass.
+    const Underway underway(window.inPass_);
     const auto content = window.contentView();
     appearance->performAsCurrentDrawingAppearance([&] {
         if (content) {
@@ -119,6 +137,7 @@ void DisplayPass::present(NSWindow& window) {
     if (content) {
         LayerRenderer::render(*content->layer(), *context);
         content->layer()->markRendered();
+        drawFocusRing(window, *context);
     }
     context->restoreGState();
     const auto pixels = context->pixels();

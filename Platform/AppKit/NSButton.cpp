@@ -188,9 +188,9 @@ bool NSButton::performKeyEquivalent(const NSEvent& event) {
     return true;
 }
 
-void NSButton::viewWillMoveToWindow(const std::shared_ptr<NSWindow>& window) {
-    NSControl::viewWillMoveToWindow(window);
-    endPress();
+void NSButton::pressWasLost() {
+    if (!pressed_) return;
+    pressed_ = false;
     cell_->setHighlighted(false);
 }
 

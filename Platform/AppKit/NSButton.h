@@ -76,7 +76,7 @@ class ZQ_EXPORT NSButtonCell final : public NSObject {
 /// a nested loop: `mouseDown` returns at once, and until the release local monitors and timers of the default
 /// mode are silent. Each change of highlight, state, title, enabled and of the window's key state marks it
 /// for display. A new one is bordered and titled "Button". Units: points. Threads: main thread. Lifetime and
-/// failure: as `NSControl`; a button that leaves its window while pressed forgets the press.
+/// failure: as `NSControl`; a button that goes while pressed, or whose window does, forgets the press.
 class ZQ_EXPORT NSButton : public NSControl {
   public:
     using NSControl::NSControl;
@@ -120,10 +120,12 @@ class ZQ_EXPORT NSButton : public NSControl {
     void mouseUp(const NSEvent& event) override;
     void keyDown(const NSEvent& event) override;
     bool performKeyEquivalent(const NSEvent& event) override;
-    void viewWillMoveToWindow(const std::shared_ptr<NSWindow>& window) override;
+    void pressWasLost() override;
     void viewDidMoveToWindow() override;
     void windowDidChangeKeyState() override { setNeedsDisplay(true); }
     [[nodiscard]] CGSize intrinsicContentSize() const override;
+    [[nodiscard]] CGRect focusRingMaskBounds() const override { return bounds(); }
+    void drawFocusRingMask() override;
     void drawRect(const CGRect& dirtyRect) override;
 
   protected:

@@ -55,13 +55,27 @@ void drawMark(CGContext& context, const NSButton& button, const CGRect& rect) {
     context.setFillColor((on ? NSColor::controlAccentColor() : NSColor::controlColor())->cgColor());
     context.fill(*box);
     context.setStrokeColor(NSColor::separatorColor()->cgColor());
+    context.setLineWidth(1);
     context.stroke(*box);
     if (!on) return;
     context.setFillColor(CGColor::white(1));
-    const CGRect inner = button.state() == NSControlStateValue::mixed
-                             ? CGRectInset(rect, 3, kMarkSize / 2 - 1)
-                             : CGRectInset(rect, kMarkSize / 3, kMarkSize / 3);
-    context.fill(*CGPath::roundedRect(inner, 1, 1));
+    context.setStrokeColor(CGColor::white(1));
+    const CGPoint centre{CGRectGetMidX(rect), CGRectGetMidY(rect)};
+    if (button.state() == NSControlStateValue::mixed) {
+        context.fill(*CGPath::roundedRect(CGRectInset(rect, 3, kMarkSize / 2 - 1), 1, 1));
+    } else if (button.buttonType() == NSButtonType::radio) {
+        context.fill(*CGPath::roundedRect(CGRectInset(rect, 4.5, 4.5), 2.5, 2.5));
+    } else {
+        const CGFloat up = button.isFlipped() ? -1 : 1;
+        const auto tick = CGPath::make();
+        tick->moveTo({centre.x - 3.5, centre.y - 0.5 * up});
+        tick->lineTo({centre.x - 1, centre.y - 3 * up});
+        tick->lineTo({centre.x + 3.5, centre.y + 3.5 * up});
+        context.setLineWidth(1.75);
+        context.setLineCap(CGLineCap::round);
+        context.setLineJoin(CGLineJoin::round);
+        context.stroke(*tick);
+    }
 }
 
 }  // namespace
@@ -81,6 +95,15 @@ CGSize NSButton::intrinsicContentSize() const {
     }
     if (!bordered_) return size;
     return {size.width + 2 * 10, std::max(size.height + 2 * 3, 21.0)};
+}
+
+// The shape of the bezel, of the mark or, without both, of the bounds.
+void NSButton::drawFocusRingMask() {
+    const auto current = NSGraphicsContext::currentContext();
+    if (!current) return;
+    const CGRect area = bounds();
+    const CGFloat radius = hasMark(type_) ? 3 : bordered_ ? cornerRadius(bezelStyle_, area.size) : 0;
+    current->cgContext()->fill(*CGPath::roundedRect(area, radius, radius));
 }
 
 void NSButton::drawRect(const CGRect& /*dirtyRect*/) {

@@ -29,6 +29,7 @@ class ZQ_EXPORT NSControl : public NSView {
     [[nodiscard]] const std::shared_ptr<NSFont>& font() const;
     virtual void setFont(std::shared_ptr<NSFont> font);
 
+    [[nodiscard]] bool accessibilityIsIgnored() const override { return false; }
     /// With full keyboard access each enabled control takes the focus.
     [[nodiscard]] bool acceptsFirstResponder() const override;
 

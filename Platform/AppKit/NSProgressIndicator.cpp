@@ -19,6 +19,7 @@ namespace {
 
 constexpr int kSpokes = 12;
 constexpr double kStep = 1.0 / kSpokes;
+constexpr CGFloat kBarThickness = 6;
 
 }  // namespace
 
@@ -87,12 +88,19 @@ void NSProgressIndicator::drawRect(const CGRect& /*dirtyRect*/) {
     const auto current = NSGraphicsContext::currentContext();
     updateTimer();
     if (!current || (!animating_ && !displayedWhenStopped_)) return;
-    CGContext& context = *current->cgContext();
+    const double seconds = std::chrono::duration<double>(Clock::current().now().sinceStart).count();
+    const int front = animating_ ? static_cast<int>(std::fmod(seconds, 1) * kSpokes) : 0;
+    if (style_ == NSProgressIndicatorStyle::spinning) {
+        drawSpokes(*current->cgContext(), front);
+    } else {
+        drawBar(*current->cgContext(), front);
+    }
+}
+
+void NSProgressIndicator::drawSpokes(CGContext& context, int front) const {
     const CGRect area = bounds();
     const CGPoint centre{CGRectGetMidX(area), CGRectGetMidY(area)};
     const CGFloat radius = std::min(area.size.width, area.size.height) / 2;
-    const double seconds = std::chrono::duration<double>(Clock::current().now().sinceStart).count();
-    const int front = animating_ ? static_cast<int>(std::fmod(seconds, 1) * kSpokes) : 0;
     const double turn = isFlipped() ? 1 : -1;
     context.setLineWidth(radius / 5);
     context.setLineCap(CGLineCap::round);
@@ -110,6 +118,26 @@ void NSProgressIndicator::drawRect(const CGRect& /*dirtyRect*/) {
             NSColor::labelColor()->colorWithAlphaComponent(0.8 - 0.6 * age / (kSpokes - 1))->cgColor());
         context.stroke(*path);
     }
+}
+
+// A third of the bar goes from end to end in a turn.
+void NSProgressIndicator::drawBar(CGContext& context, int step) const {
+    const CGRect area = bounds();
+    const CGFloat thickness = std::min(area.size.height, kBarThickness);
+    const CGRect track =
+        CGRectMake(area.origin.x, CGRectGetMidY(area) - thickness / 2, area.size.width, thickness);
+    const auto shape = CGPath::roundedRect(track, thickness / 2, thickness / 2);
+    context.setFillColor(NSColor::labelColor()->colorWithAlphaComponent(0.12)->cgColor());
+    context.fill(*shape);
+    if (!animating_) return;
+    const CGFloat part = track.size.width / 3;
+    const CGFloat start = (track.size.width + part) * (step + 0.5) / kSpokes - part;
+    context.saveGState();
+    context.clipTo(*shape);
+    context.setFillColor(NSColor::controlAccentColor()->cgColor());
+    context.fill(*CGPath::roundedRect(CGRectMake(track.origin.x + start, track.origin.y, part, thickness),
+                                      thickness / 2, thickness / 2));
+    context.restoreGState();
 }
 
 }  // namespace zqcore::platform

@@ -6,14 +6,15 @@
 
 namespace zqcore::platform {
 
+class CGContext;
 class NSTimer;
 
 enum class NSProgressIndicatorStyle { bar = 0, spinning = 1 };
 enum class NSControlSize { regular = 0, small = 1, mini = 2 };
 
-/// A spinner: it turns while it is started and visible in a window, and costs nothing else. 32 points
-/// regular, 16 small. Passes the mouse on. Time: `Clock::current()`, 12 steps a turn, a turn a second.
-/// Threads: main thread.
+/// A spinner, or a bar at first, that tells no measure: it moves while it is started and visible in a window,
+/// and costs nothing else. A spinner is 32 points regular, 16 small. Passes the mouse on. Time:
+/// `Clock::current()`, 12 steps a turn, a turn a second. Threads: main thread.
 class ZQ_EXPORT NSProgressIndicator : public NSView {
   public:
     using NSView::NSView;
@@ -37,6 +38,8 @@ class ZQ_EXPORT NSProgressIndicator : public NSView {
 
   private:
     void updateTimer();
+    void drawSpokes(CGContext& context, int front) const;
+    void drawBar(CGContext& context, int step) const;
 
     std::shared_ptr<NSTimer> timer_;
     NSProgressIndicatorStyle style_ = NSProgressIndicatorStyle::bar;

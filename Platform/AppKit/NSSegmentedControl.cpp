@@ -19,6 +19,7 @@ namespace {
 
 constexpr CGFloat kPadding = 10;
 constexpr CGFloat kHeight = 21;
+constexpr CGFloat kCorner = 5;
 constexpr int kMostSegments = 1000;
 
 }  // namespace
@@ -76,13 +77,18 @@ CGSize NSSegmentedControl::intrinsicContentSize() const {
     return {widest * segmentCount(), kHeight};
 }
 
+void NSSegmentedControl::drawFocusRingMask() {
+    if (const auto current = NSGraphicsContext::currentContext())
+        current->cgContext()->fill(*CGPath::roundedRect(bounds(), kCorner, kCorner));
+}
+
 void NSSegmentedControl::drawRect(const CGRect& /*dirtyRect*/) {
     const auto current = NSGraphicsContext::currentContext();
     if (!current || labels_.empty()) return;
     CGContext& context = *current->cgContext();
     const CGRect area = bounds();
     const CGFloat width = area.size.width / segmentCount();
-    const auto edge = CGPath::roundedRect(CGRectInset(area, 0.5, 0.5), 5, 5);
+    const auto edge = CGPath::roundedRect(CGRectInset(area, 0.5, 0.5), kCorner, kCorner);
     context.setFillColor(NSColor::controlColor()->cgColor());
     context.fill(*edge);
     for (int segment = 0; segment < segmentCount(); ++segment) {

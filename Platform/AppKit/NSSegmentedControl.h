@@ -23,7 +23,10 @@ class ZQ_EXPORT NSSegmentedControl : public NSControl {
 
     void mouseDown(const NSEvent& event) override;
     void mouseUp(const NSEvent& event) override;
+    void pressWasLost() override { pressed_ = -1; }
     void windowDidChangeKeyState() override { setNeedsDisplay(true); }
+    [[nodiscard]] CGRect focusRingMaskBounds() const override { return bounds(); }
+    void drawFocusRingMask() override;
     [[nodiscard]] CGSize intrinsicContentSize() const override;
     void drawRect(const CGRect& dirtyRect) override;
 

@@ -144,6 +144,10 @@ void NSTextField::drawRect(const CGRect& /*dirtyRect*/) {
     context.restoreGState();
 }
 
+void NSTextField::drawFocusRingMask() {
+    if (const auto current = NSGraphicsContext::currentContext()) current->cgContext()->fill(bounds());
+}
+
 void NSTextView::drawRect(const CGRect& /*dirtyRect*/) {
     const auto current = NSGraphicsContext::currentContext();
     if (!current || string().empty()) return;

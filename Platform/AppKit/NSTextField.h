@@ -66,6 +66,8 @@ class ZQ_EXPORT NSTextField : public NSControl {
     bool becomeFirstResponder() override;
     bool resignFirstResponder() override;
     void mouseDown(const NSEvent& event) override;
+    [[nodiscard]] CGRect focusRingMaskBounds() const override { return editable_ ? bounds() : CGRect{}; }
+    void drawFocusRingMask() override;
     void drawRect(const CGRect& dirtyRect) override;
 
   private:

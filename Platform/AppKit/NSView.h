@@ -2,12 +2,16 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "Platform/AppKit/NSAccessibility.h"
 #include "Platform/AppKit/NSResponder.h"
 #include "Platform/Base/CGGeometry.h"
+#include "Platform/Base/Data.h"
 #include "Platform/Base/Export.h"
 #include "Platform/Foundation/NSComparisonResult.h"
 #include "Platform/Layout/LayoutItem.h"
@@ -15,10 +19,16 @@
 namespace zqcore::platform {
 
 class CALayer;
+class CIFilter;
+class NSKeyValueCoding;
+class NSPDFImageRep;
 class NSShadow;
 class NSTrackingArea;
 class NSViewController;
 class NSWindow;
+class Value;
+struct NSBindingInfo;
+struct NSBindingOptions;
 
 inline constexpr std::string_view NSViewFrameDidChangeNotification = "NSViewFrameDidChangeNotification";
 inline constexpr std::string_view NSViewBoundsDidChangeNotification = "NSViewBoundsDidChangeNotification";
@@ -115,6 +125,10 @@ class ZQ_EXPORT NSView : public NSResponder, public LayoutItem {
     [[nodiscard]] bool postsBoundsChangedNotifications() const noexcept { return boundsNotice_.posts; }
     void setPostsBoundsChangedNotifications(bool posts);
 
+    /// What a nib or a table knows it by.
+    [[nodiscard]] const std::string& identifier() const noexcept { return identifier_; }
+    void setIdentifier(std::string identifier) { identifier_ = std::move(identifier); }
+
     // Events.
     /// The view that takes a press at `point` of the *superview's* space: the frontmost subview's answer,
     /// else this view; null when hidden or outside.
@@ -125,6 +139,9 @@ class ZQ_EXPORT NSView : public NSResponder, public LayoutItem {
     /// Offers it to the subviews in their order, depth first.
     bool performKeyEquivalent(const NSEvent& event) override;
     [[nodiscard]] virtual bool canBecomeKeyView() const;
+    /// The release of a press that this view, or one inside it, got will not come: the view or its window
+    /// went.
+    virtual void pressWasLost() {}
 
     void addTrackingArea(const std::shared_ptr<NSTrackingArea>& area);
     void removeTrackingArea(const std::shared_ptr<NSTrackingArea>& area);
@@ -153,6 +170,17 @@ class ZQ_EXPORT NSView : public NSResponder, public LayoutItem {
     /// The layer's shadow; null takes it off.
     [[nodiscard]] const std::shared_ptr<NSShadow>& shadow() const noexcept { return shadow_; }
     void setShadow(std::shared_ptr<NSShadow> shadow);
+    /// What the whole subtree is shown through.
+    [[nodiscard]] const std::vector<std::shared_ptr<CIFilter>>& contentFilters() const;
+    void setContentFilters(std::vector<std::shared_ptr<CIFilter>> filters);
+    /// Where the shape lies that the focus ring goes round; empty, and so no ring, at first.
+    [[nodiscard]] virtual CGRect focusRingMaskBounds() const { return {}; }
+    /// Fills that shape in the current graphics context, in the view's own space.
+    virtual void drawFocusRingMask() {}
+    /// What the subtree draws in `rect` of its own space, drawn up to date first: a file of one page, empty
+    /// for a rectangle without area, or the same as a form of an image, null then.
+    [[nodiscard]] Data dataWithPDFInsideRect(const CGRect& rect);
+    [[nodiscard]] std::shared_ptr<NSPDFImageRep> PDFImageRepInsideRect(const CGRect& rect);
     /// Whether subviews are cut off at the bounds; asked once, at the setup.
     [[nodiscard]] virtual bool clipsToBounds() const { return false; }
 
@@ -166,6 +194,32 @@ class ZQ_EXPORT NSView : public NSResponder, public LayoutItem {
     virtual void updateConstraints() {}
     /// The smallest size that meets the constraints inside.
     [[nodiscard]] virtual CGSize fittingSize();
+
+    // Accessibility: the names are those of NSAccessibility.h.
+    /// Whether a reader sees through it to what is inside; a plain view is passed over.
+    [[nodiscard]] virtual bool accessibilityIsIgnored() const { return true; }
+    /// Who is at a place of the screen: the frontmost inside that isn't ignored, else this view; null
+    /// outside.
+    [[nodiscard]] virtual std::shared_ptr<NSView> accessibilityHitTest(CGPoint point);
+    [[nodiscard]] virtual std::vector<std::string> accessibilityAttributeNames() const;
+    /// Nothing for an unknown name.
+    [[nodiscard]] virtual NSAccessibilityValue accessibilityAttributeValue(std::string_view name);
+    [[nodiscard]] virtual bool accessibilityIsAttributeSettable(std::string_view name) const;
+    /// What can't be set is passed over, and so is a value of another kind.
+    virtual void accessibilitySetValue(const NSAccessibilityValue& value, std::string_view forAttribute);
+    [[nodiscard]] virtual std::vector<std::string> accessibilityActionNames() const { return {}; }
+    virtual void accessibilityPerformAction(std::string_view /*name*/) {}
+
+    // Bindings.
+    /// Ties the value called `binding` to the one at the model's key path, in place of an older tie: it is
+    /// set now and after each change, through the transformer of the options. A null model only unties.
+    void bind(std::string_view binding, const std::shared_ptr<NSKeyValueCoding>& object, std::string keyPath,
+              NSBindingOptions options);
+    void unbind(std::string_view binding);
+    /// Absent for a name that isn't bound.
+    [[nodiscard]] std::optional<NSBindingInfo> infoForBinding(std::string_view binding) const;
+    /// Takes the model's value; does not send it back. The base has no values.
+    virtual void setValueForBinding(const Value& /*value*/, std::string_view /*binding*/) {}
 
     // LayoutItem.
     [[nodiscard]] LayoutItem* layoutSuperitem() const override;
@@ -186,6 +240,7 @@ class ZQ_EXPORT NSView : public NSResponder, public LayoutItem {
     friend class DisplayPass;
     friend class PointerTracking;
 
+    struct Bindings;
     struct Notice {
         bool posts = true;
         bool missed = false;
@@ -221,10 +276,13 @@ class ZQ_EXPORT NSView : public NSResponder, public LayoutItem {
     std::vector<std::shared_ptr<NSTrackingArea>> trackingAreas_;
     std::shared_ptr<CALayer> layer_;
     std::shared_ptr<NSShadow> shadow_;
+    std::shared_ptr<Bindings> bindings_;
+    std::string identifier_;
 
     CGRect frame_;
     CGPoint boundsOrigin_;
     CGFloat alpha_ = 1;
+    CGFloat drawnScale_ = 0;  // the pixels a point of the last drawing
     NSAutoresizingMaskOptions autoresizingMask_ = NSViewNotSizable;
     Notice frameNotice_;
     Notice boundsNotice_;

@@ -81,6 +81,12 @@ void NSView::setShadow(std::shared_ptr<NSShadow> shadow) {
     layer_->setShadowRadius(cast.blur);
 }
 
+const std::vector<std::shared_ptr<CIFilter>>& NSView::contentFilters() const { return layer_->filters(); }
+
+void NSView::setContentFilters(std::vector<std::shared_ptr<CIFilter>> filters) {
+    layer_->setFilters(std::move(filters));
+}
+
 // The backing layer's anchor is put back at every placing; a class that answers another one keeps its own.
 void NSView::applyLayerGeometry() {
     if (!layer_) return;
@@ -151,7 +157,7 @@ void NSWindow::rootLayerEntered(NSView& content) {
         const auto window = weak.lock();
         if (!window) return;
         window->needsPixels_ = true;
-        window->markForDisplay();
+        if (!window->inPass_) window->markForDisplay();
     });
 }
 

@@ -5,6 +5,7 @@
 
 #include "Platform/AppKit/ApplicationState.h"
 #include "Platform/AppKit/DisplayPass.h"
+#include "Platform/AppKit/FocusRing.h"
 #include "Platform/AppKit/GuardedCall.h"
 #include "Platform/AppKit/NSPanel.h"
 #include "Platform/AppKit/NSScreen.h"
@@ -252,6 +253,7 @@ void NSWindow::orderOut(NSObject* /*sender*/) {
     if (std::exchange(visible_, false)) {
         if (const auto shownOn = display()) shownOn->hideWindow(number_);
         surface_.reset();
+        dropPresses();
     }
     // Also one that only hid with the application: it must not come back with it.
     NSApplication::shared()->state().windowHidden(held);
@@ -320,7 +322,14 @@ bool NSWindow::makeFirstResponder(const std::shared_ptr<NSResponder>& responder)
     firstResponder_ = wanted;
     if (wanted) guardedCall("becomeFirstResponder", [&] { agreed = wanted->becomeFirstResponder(); });
     if (!agreed) firstResponder_.reset();
+    firstResponderChanged(old);
     return agreed;
+}
+
+void NSWindow::firstResponderChanged(const std::shared_ptr<NSResponder>& old) {
+    if (!hasFocusRing(old) && !hasFocusRing(firstResponder_.lock())) return;
+    needsPixels_ = true;
+    markForDisplay();
 }
 
 void NSWindow::layoutIfNeeded() {
@@ -343,10 +352,24 @@ void NSWindow::viewLeft(const NSView& view) {
         const auto one = std::dynamic_pointer_cast<NSView>(responder);
         return one && one->isDescendantOf(view);
     };
-    if (goes(firstResponder_.lock())) firstResponder_.reset();
-    for (auto& pressed : pressed_) {
-        if (goes(pressed.lock())) pressed.reset();
+    if (const auto first = firstResponder_.lock(); goes(first)) {
+        firstResponder_.reset();
+        firstResponderChanged(first);
     }
+    for (std::size_t button = 0; button < pressed_.size(); ++button) {
+        if (goes(pressed_[button].lock())) dropPress(button);
+    }
+}
+
+// The press may have gone up from the view that was hit, so all above it hear that there is no release.
+void NSWindow::dropPress(std::size_t button) {
+    auto view = std::dynamic_pointer_cast<NSView>(std::exchange(pressed_[button], {}).lock());
+    if (view && button == 0) NSApplication::shared()->endTracking();
+    for (; view; view = view->superview()) guardedCall("pressWasLost", [&] { view->pressWasLost(); });
+}
+
+void NSWindow::dropPresses() {
+    for (std::size_t button = 0; button < pressed_.size(); ++button) dropPress(button);
 }
 
 }  // namespace zqcore::platform

@@ -191,6 +191,9 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     void desktopMoved(const CGRect& frame);
     void applyFrame(const CGRect& frame);
     void viewLeft(const NSView& view);
+    void dropPress(std::size_t button);
+    void dropPresses();
+    void firstResponderChanged(const std::shared_ptr<NSResponder>& old);
     void applyAlpha(CGFloat alpha);
     void rootLayerEntered(NSView& content);
     void rootLayerLeft(NSView& content);
@@ -226,6 +229,7 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     bool closing_ = false;
     bool needsPass_ = true;
     bool needsPixels_ = true;
+    bool inPass_ = false;
     bool frameScheduled_ = false;
 };
 

@@ -76,6 +76,7 @@ void NSWindow::tellKeyState() {
         for (const auto& subview : std::vector(view.subviews())) tell(*subview);
     };
     if (const auto content = contentView_) tell(*content);
+    firstResponderChanged(nullptr);
 }
 
 void NSWindow::appearanceChanged() {
@@ -120,7 +121,10 @@ void NSWindow::sendEvent(const std::shared_ptr<NSEvent>& event) {
             if (acceptsMouseMoved_) deliver(firstResponder(), *event);
             return;
         case NSEventType::scrollWheel: {
-            const auto hit = contentView_ ? contentView_->hitTest(event->locationInWindow()) : nullptr;
+            std::shared_ptr<NSView> hit;
+            guardedCall("hitTest", [&] {
+                if (contentView_) hit = contentView_->hitTest(event->locationInWindow());
+            });
             return deliver(hit ? hit : std::static_pointer_cast<NSResponder>(held), *event);
         }
         case NSEventType::keyDown:

@@ -78,6 +78,36 @@ TEST_F(DisplayPassTest, AnIdleWindowCostsNothing) {
     EXPECT_FALSE(ClockDriver::timeToNext()) << "nothing comes due";
     ui.advance(3600);
     EXPECT_EQ(ui.display().presentCount(window->windowNumber()), presents);
+    window->contentView()->setNeedsDisplay(true);
+    EXPECT_TRUE(ui.application().turn());
+    EXPECT_FALSE(ui.application().turn()) << "drawing asks for no second pass";
+    EXPECT_EQ(ui.display().presentCount(window->windowNumber()), presents + 1);
+}
+
+// A view whose layer is brought up to date by itself keeps what was recorded before for a coarser screen.
+TEST_F(DisplayPassTest, AFinerScreenDrawsOnceMoreAndNoMore) {
+    class Changing : public NSView {
+      public:
+        [[nodiscard]] bool wantsUpdateLayer() const override { return updates; }
+        void updateLayer() override { ++updated; }
+        bool updates = false;
+        int updated = 0;
+    };
+    const DisplayScreen whole{{{0, 0}, {500, 500}}, {{0, 0}, {500, 500}}, 1};
+    ui.display().setScreens({whole});
+    const auto view = makeObject<Changing>();
+    window->setContentView(view);
+    window->orderFront();
+    ui.turn();
+    view->updates = true;
+    DisplayScreen finer = whole;
+    finer.scale = 2;
+    ui.display().setScreens({finer});
+    for (int turns = 0; turns < 4; ++turns) ui.application().turn();
+    EXPECT_EQ(view->updated, 1);
+    window->setFrameOrigin({90, 90});
+    ui.turn();
+    EXPECT_EQ(view->updated, 1);
 }
 
 TEST_F(DisplayPassTest, DrawsCrispAtTheScaleOfTheScreenWithYUpwards) {

@@ -4,6 +4,7 @@
 
 #include "Platform/AppKit/NSButton.h"
 #include "Platform/AppKit/NSPanel.h"
+#include "Platform/AppKit/NSTextField.h"
 #include "Platform/AppKit/NSTrackingArea.h"
 #include "Platform/Base/NSLog.h"
 #include "Platform/Foundation/NSTimer.h"
@@ -185,16 +186,29 @@ TEST_F(InputTest, APressKeepsItsReleaseFromMonitorsAndHoldsDefaultTimers) {
     EXPECT_EQ(log, (Words{"1"}));
 }
 
-TEST_F(InputTest, AButtonThatGoesWhilePressedEndsItsPress) {
-    auto button = add<NSButton>(CGRectMake(0, 0, 100, 30));
-    ui.display().movePointer({120, 110});
-    ui.display().pressButton();
-    button->removeFromSuperview();
-    EXPECT_FALSE(ui.application().isTracking());
-    button.reset();
-    ui.display().releaseButton();
-    ui.turn();
-    EXPECT_FALSE(ui.application().isTracking());
+// Whatever goes, the button or a label on it that was hit, or the window, takes the release along.
+TEST_F(InputTest, AButtonWhoseReleaseCantComeIsNoLongerPressed) {
+    const auto button = add<NSButton>(CGRectMake(0, 0, 100, 30));
+    const auto label = NSTextField::labelWithString("label");
+    label->setFrame(CGRectMake(0, 0, 100, 30));
+    const std::function<void()> goings[] = {[&] { button->removeFromSuperview(); },
+                                            [&] { label->removeFromSuperview(); },
+                                            [&] { window->orderOut(); }};
+    for (const auto& go : goings) {
+        content->addSubview(button);
+        button->addSubview(label);
+        window->makeKeyAndOrderFront();
+        ui.turn();
+        ui.display().movePointer({120, 110});
+        ui.display().pressButton();
+        ASSERT_TRUE(button->cell()->isHighlighted());
+        go();
+        EXPECT_FALSE(button->cell()->isHighlighted());
+        EXPECT_FALSE(ui.application().isTracking());
+        ui.display().releaseButton();
+        ui.turn();
+        EXPECT_FALSE(ui.application().isTracking());
+    }
 }
 
 TEST_F(InputTest, KeysGoToEquivalentsTheFirstResponderAndTheWindow) {
