@@ -6,8 +6,8 @@ namespace gallery {
 
 namespace {
 
-constexpr const GalleryPage* kPages[] = {&kTipsPage, &kTipCardsPage, &kLayersPage,
-                                         &kTextPage, &kImagesPage,   &kLayoutPage};
+constexpr const GalleryPage* kPages[] = {&kTipsPage,   &kTipCardsPage, &kLayersPage,  &kTextPage,
+                                         &kImagesPage, &kLayoutPage,   &kControlsPage};
 
 }  // namespace
 

@@ -20,7 +20,8 @@ struct GalleryPage {
     void (*play)(Stage& stage, Sheet& sheet) = nullptr;
 };
 
-extern const GalleryPage kTipsPage, kTipCardsPage, kLayersPage, kTextPage, kImagesPage, kLayoutPage;
+extern const GalleryPage kTipsPage, kTipCardsPage, kLayersPage, kTextPage, kImagesPage, kLayoutPage,
+    kControlsPage;
 
 /// In the order of showing.
 [[nodiscard]] std::span<const GalleryPage* const> allPages();

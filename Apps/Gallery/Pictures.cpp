@@ -24,9 +24,10 @@ DisplayPicture pictureOf(const GalleryPage& page, testkit::HeadlessApplication& 
     std::shared_ptr<Sheet> sheet;
     application.application().effectiveAppearance()->performAsCurrentDrawingAppearance(
         [&] { sheet = Sheet::make(page); });
-    const auto window = makeObject<NSWindow>(CGRect{{kRoom, kRoom}, Sheet::kSize});
+    // With a title, so that it can have the keys.
+    const auto window = makeObject<NSWindow>(CGRect{{kRoom, kRoom}, Sheet::kSize}, NSWindowStyleMaskTitled);
     window->setContentView(sheet);
-    window->orderFrontRegardless();
+    window->makeKeyAndOrderFront();
     application.turn();
     Stage stage(application, *window);
     stage.pointAway();
