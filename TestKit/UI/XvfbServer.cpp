@@ -4,8 +4,11 @@
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+
+#include "Platform/Dispatch/RunLoop.h"
 
 namespace zqcore::testkit {
 
@@ -83,6 +86,12 @@ std::unique_ptr<ChildProcess> XvfbServer::start(const std::vector<std::string>& 
     std::vector<std::string> all{"sh", "-c", "DISPLAY=$0 exec \"$@\" 2>/dev/null", display_};
     all.insert(all.end(), arguments.begin(), arguments.end());
     return std::make_unique<ChildProcess>(all);
+}
+
+bool XvfbServer::waitFor(const std::function<bool()>& done) {
+    for (int look = 0; look < 500; ++look)
+        if (platform::RunLoop::main().runUntil(done, std::chrono::milliseconds(20))) return true;
+    return false;
 }
 
 std::uint32_t XvfbServer::pixel(int x, int y) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,6 +30,9 @@ class XvfbServer final {
     /// Runs a program of this server's to its end, with DISPLAY set; its exit code.
     int run(const std::vector<std::string>& arguments) const;
 
+    /// Runs the main loop until `done`, looking again after every event, and for what the server does without
+    /// telling us every few moments; false if it doesn't come in ten seconds.
+    static bool waitFor(const std::function<bool()>& done);
     /// What the screen shows, without alpha.
     [[nodiscard]] std::uint32_t pixel(int x, int y) const;
 

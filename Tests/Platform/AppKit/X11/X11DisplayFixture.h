@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -66,12 +65,7 @@ class X11DisplayTest : public testing::Test {
         ASSERT_TRUE(display) << reason;
         display->setHandler(&heard);
     }
-    /// Looks again after every event, and for what the server does without telling us every few moments.
-    static bool waitFor(const std::function<bool()>& done) {
-        for (int look = 0; look < 500; ++look)
-            if (RunLoop::main().runUntil(done, std::chrono::milliseconds(20))) return true;
-        return false;
-    }
+    static bool waitFor(const std::function<bool()>& done) { return testkit::XvfbServer::waitFor(done); }
     /// The server has done all that the display asked for.
     void settle() const { (void)display->pointerLocation(); }
     [[nodiscard]] std::uint32_t pixel(int x, int y) const {
