@@ -49,6 +49,15 @@ struct DisplaySurface {
     std::size_t bytesPerRow = 0;
     const std::uint32_t* pixels = nullptr;
     CGFloat scale = 1;
+    /// In pixels from the upper left.
+    struct Part {
+        int x = 0;
+        int y = 0;
+        int width = 0;
+        int height = 0;
+    };
+    /// All that isn't as it was presented last; without it everything may be new.
+    std::optional<Part> changed = std::nullopt;
 };
 
 /// A surface that owns its pixels.
@@ -162,7 +171,8 @@ class ZQ_EXPORT Display {
     /// Gives it the keyboard focus; 0 gives it up.
     virtual void focusWindow(DisplayWindowNumber window) = 0;
     [[nodiscard]] virtual bool isOnActiveSpace(DisplayWindowNumber window) const = 0;
-    /// Takes the pixels of the whole window; they are the caller's again when it returns.
+    /// Takes the pixels of the whole window, or the part of them that changed; they are the caller's again
+    /// when it returns.
     virtual void present(DisplayWindowNumber window, const DisplaySurface& surface) = 0;
     /// Brings the application to the front, or lets another come.
     virtual void activateApplication() = 0;

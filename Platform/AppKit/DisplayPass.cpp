@@ -11,7 +11,9 @@
 #include "Platform/AppKit/NSView.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/NSTimer.h"
+#include "Platform/Graphics/CGAffineTransform.h"
 #include "Platform/Graphics/CGContext.h"
+#include "Platform/Graphics/CGRect.h"
 #include "Platform/Graphics/NSAppearance.h"
 #include "Platform/Graphics/NSColor.h"
 #include "Platform/Graphics/PixelBuffer.h"
@@ -39,6 +41,12 @@ class Underway {
     bool& flag_;
     bool outer_;
 };
+
+/// The whole pixels that something in `rect`, in points, may touch with its soft edges.
+CGRect pixelsRound(const CGRect& rect, CGFloat scale) {
+    const CGRect pixels = CGRectApplyAffineTransform(rect, CGAffineTransformMakeScale(scale, scale));
+    return CGRectInset(CGRectIntegral(pixels), -1, -1);
+}
 
 }  // namespace
 
@@ -107,11 +115,13 @@ void DisplayPass::run(NSWindow& window) {
             updateTracking(*content);
             drawMarked(*content, window.backingScaleFactor());
         }
-        if (window.isVisible() && std::exchange(window.needsPixels_, false)) present(window);
+        if (!window.isVisible() || !(window.needsPixels_ || window.layersChanged_)) return;
+        window.layersChanged_ = false;
+        present(window, std::exchange(window.needsPixels_, false));
     });
 }
 
-void DisplayPass::present(NSWindow& window) {
+void DisplayPass::present(NSWindow& window, bool whole) {
     const auto display = window.display();
     const CGFloat scale = window.backingScaleFactor();
     const CGSize size = window.frame().size;
@@ -119,31 +129,58 @@ void DisplayPass::present(NSWindow& window) {
     const auto height = static_cast<std::int64_t>(std::ceil(size.height * scale));
     if (!display || display->isLost() || width <= 0 || height <= 0) return;
     auto& context = window.surface_;
-    if (!context || context->width() != width || context->height() != height)
+    if (!context || context->width() != width || context->height() != height) {
         context = CGContext::bitmap(width, height);
+        whole = true;
+    }
     if (!context) return;
-    window.surfaceScale_ = scale;
-    context->saveGState();
-    context->scaleBy(scale, scale);
+    if (std::exchange(window.surfaceScale_, scale) != scale) whole = true;
+    // The ring follows its view without a layer that would tell.
+    const bool ring = window.isKeyWindow() && hasFocusRing(window.firstResponder());
+    if (std::exchange(window.showsFocusRing_, ring) || ring) whole = true;
+    const auto content = window.contentView();
+    const auto now = Clock::current().now();
     // The window's upper edge lies on a pixel's edge, whatever its height.
-    context->translateBy(0, static_cast<CGFloat>(height) / scale - size.height);
-    const CGRect whole{{0, 0}, size};
+    const CGFloat lift = static_cast<CGFloat>(height) / scale - size.height;
+    CGRect part{{0, 0}, {static_cast<CGFloat>(width), static_cast<CGFloat>(height)}};
+    if (content) {
+        const CGRect damage = LayerRenderer::damage(*content->layer(), now);
+        if (!whole) part = CGRectIntersection(part, pixelsRound(CGRectOffset(damage, 0, lift), scale));
+    }
+    if (CGRectIsEmpty(part)) return rendered(window);
+    context->saveGState();
+    context->clipTo(part);
+    context->scaleBy(scale, scale);
+    context->translateBy(0, lift);
+    const CGRect all{{0, 0}, size};
     context->clear({{-1, -1}, {size.width + 2, size.height + 2}});
     if (window.backgroundColor()) {
         context->setFillColor(window.backgroundColor()->cgColor());
-        context->fill(whole);
+        context->fill(all);
     }
-    const auto content = window.contentView();
     if (content) {
-        LayerRenderer::render(*content->layer(), *context);
-        content->layer()->markRendered();
+        const CGRect points =
+            CGRectApplyAffineTransform(part, CGAffineTransformMakeScale(1 / scale, 1 / scale));
+        LayerRenderer::render(*content->layer(), *context, now, CGRectOffset(points, 0, -lift));
         drawFocusRing(window, *context);
     }
     context->restoreGState();
     const auto pixels = context->pixels();
-    display->present(window.windowNumber(),
-                     {pixels->width(), pixels->height(), pixels->bytesPerRow(), pixels->row(0), scale});
-    if (content && content->layer()->hasRunningAnimations()) scheduleFrame(window);
+    DisplaySurface surface{pixels->width(), pixels->height(), pixels->bytesPerRow(), pixels->row(0), scale};
+    if (!whole) {
+        surface.changed = {static_cast<int>(part.origin.x),
+                           surface.height - static_cast<int>(part.origin.y + part.size.height),
+                           static_cast<int>(part.size.width), static_cast<int>(part.size.height)};
+    }
+    rendered(window);
+    display->present(window.windowNumber(), surface);
+}
+
+void DisplayPass::rendered(NSWindow& window) {
+    const auto content = window.contentView();
+    if (!content) return;
+    content->layer()->markRendered();
+    if (content->layer()->hasRunningAnimations()) scheduleFrame(window);
 }
 
 // What still moves gets its next picture a frame later; nothing runs once it stands still.
@@ -154,7 +191,7 @@ void DisplayPass::scheduleFrame(NSWindow& window) {
         const auto held = weak.lock();
         if (!held) return;
         held->frameScheduled_ = false;
-        held->needsPixels_ = true;
+        held->layersChanged_ = true;
         held->markForDisplay();
     })->addToMainRunLoop(NSRunLoopMode::commonModes);
 }

@@ -22,7 +22,8 @@ class DisplayPass {
     static bool layoutMarked(NSView& view);
     static void updateTracking(NSView& view);
     static void drawMarked(NSView& view, CGFloat scale);
-    static void present(NSWindow& window);
+    static void present(NSWindow& window, bool whole);
+    static void rendered(NSWindow& window);
     static void scheduleFrame(NSWindow& window);
 };
 

@@ -156,9 +156,10 @@ void NSWindow::rootLayerEntered(NSView& content) {
     content.layer()->setTreeChangeHandler([weak] {
         const auto window = weak.lock();
         if (!window) return;
-        window->needsPixels_ = true;
+        window->layersChanged_ = true;
         if (!window->inPass_) window->markForDisplay();
     });
+    needsPixels_ = true;
 }
 
 void NSWindow::rootLayerLeft(NSView& content) { content.layer()->setTreeChangeHandler({}); }

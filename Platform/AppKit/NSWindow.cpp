@@ -338,7 +338,7 @@ void NSWindow::layoutIfNeeded() {
 }
 
 void NSWindow::displayIfNeeded() {
-    if (needsPass_ || needsPixels_) DisplayPass::run(*this);
+    if (needsPass_ || needsPixels_ || layersChanged_) DisplayPass::run(*this);
 }
 
 void NSWindow::markForDisplay() {

@@ -112,6 +112,7 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     [[nodiscard]] const std::shared_ptr<NSColor>& backgroundColor() const noexcept { return background_; }
     void setBackgroundColor(std::shared_ptr<NSColor> color);
     [[nodiscard]] bool hasShadow() const noexcept { return state_.hasShadow; }
+    /// Without one the desktop is asked to leave its shadow out. Whether it draws one else is its own choice.
     void setHasShadow(bool hasShadow);
     [[nodiscard]] bool ignoresMouseEvents() const noexcept { return state_.ignoresMouse; }
     void setIgnoresMouseEvents(bool ignores);
@@ -228,7 +229,9 @@ class ZQ_EXPORT NSWindow : public NSResponder {
     bool visible_ = false;
     bool closing_ = false;
     bool needsPass_ = true;
-    bool needsPixels_ = true;
+    bool needsPixels_ = true;     // all of them
+    bool layersChanged_ = false;  // some may be others now
+    bool showsFocusRing_ = false;
     bool inPass_ = false;
     bool frameScheduled_ = false;
 };

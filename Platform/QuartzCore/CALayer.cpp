@@ -135,7 +135,8 @@ void CALayer::insertSublayer(const std::shared_ptr<CALayer>& layer, std::size_t 
     sublayers.insert(sublayers.begin() + static_cast<std::ptrdiff_t>(std::min(index, sublayers.size())),
                      kept);
     kept->state_->superlayer = this;
-    didChange(kept->state_->runningUntil);
+    kept->state_->changed = kept->state_->needsRender = true;
+    tellChange(kept->state_->runningUntil);
 }
 
 void CALayer::removeFromSuperlayer() {
@@ -147,7 +148,9 @@ void CALayer::removeFromSuperlayer() {
     state_->superlayer = nullptr;
     const std::shared_ptr<CALayer> kept = std::move(*place);
     siblings.erase(place);
-    above->didChange();
+    above->state_->uncovered =
+        CGRectUnion(above->state_->uncovered, std::exchange(state_->covered, CGRectNull()));
+    above->tellChange({});
 }
 
 void CALayer::reorderSublayers(const std::vector<std::shared_ptr<CALayer>>& order) {
@@ -157,7 +160,8 @@ void CALayer::reorderSublayers(const std::vector<std::shared_ptr<CALayer>>& orde
         return;
     }
     state_->sublayers = order;
-    didChange();
+    for (const auto& sublayer : order) sublayer->state_->changed = sublayer->state_->needsRender = true;
+    tellChange({});
 }
 
 const CALayer& CALayer::root() const {
@@ -252,6 +256,11 @@ bool CALayer::hasRunningAnimations() const {
 }
 
 void CALayer::didChange(Clock::Instant end) {
+    state_->changed = true;
+    tellChange(end);
+}
+
+void CALayer::tellChange(Clock::Instant end) {
     for (CALayer* layer = this; layer; layer = layer->state_->superlayer) {
         State& state = *layer->state_;
         if (state.needsRender && state.runningUntil >= end) return;
@@ -268,6 +277,7 @@ bool CALayer::needsRender() const { return state_->needsRender; }
 
 void CALayer::markRendered() {
     if (!std::exchange(state_->needsRender, false)) return;
+    state_->changed = false;
     for (const auto& sublayer : state_->sublayers) sublayer->markRendered();
 }
 

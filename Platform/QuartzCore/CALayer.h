@@ -166,6 +166,8 @@ class ZQ_EXPORT CALayer : public NSObject {
   protected:
     /// What lies between background and sublayers, in the space of the bounds, `now` being the moment shown.
     virtual void drawContents(CGContext& context, const CGRect& bounds, Clock::Instant now);
+    /// The part of that space that the layer itself paints, its bounds for one that keeps to them.
+    [[nodiscard]] virtual CGRect paintedRect(const CGRect& bounds, Clock::Instant now) const;
     /// Whether `drawContents` would draw.
     [[nodiscard]] virtual bool hasContents() const;
     /// The latest end of what runs in this layer itself.
@@ -179,6 +181,7 @@ class ZQ_EXPORT CALayer : public NSObject {
     friend class LayerRenderer;
     struct State;
 
+    void tellChange(Clock::Instant end);
     void resizeSublayers(CGSize oldSize, const std::optional<CAAnimationTerms>& terms);
     Clock::Instant applyFrame(const CGRect& frame, const std::optional<CAAnimationTerms>& terms);
     Clock::Instant applyBounds(const CGRect& bounds, const std::optional<CAAnimationTerms>& terms);

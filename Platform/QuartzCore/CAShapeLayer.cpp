@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Platform/Graphics/CGPath.h"
+#include "Platform/Graphics/CGRect.h"
 #include "Platform/QuartzCore/AnimatedValue.h"
 #include "Platform/QuartzCore/PathMeasure.h"
 
@@ -91,6 +92,15 @@ Clock::Instant CAShapeLayer::animationsEnd() const {
 }
 
 bool CAShapeLayer::hasContents() const { return shape_->path || CALayer::hasContents(); }
+
+// The path goes where it likes, the corners of its stroke up to the miter limit beyond it.
+CGRect CAShapeLayer::paintedRect(const CGRect& bounds, Clock::Instant now) const {
+    const CGRect own = CALayer::paintedRect(bounds, now);
+    if (!shape_->path) return own;
+    constexpr CGFloat kMiterLimit = 10;
+    const CGFloat reach = std::max(0.0, shape_->lineWidth.shownAt(now)) * kMiterLimit / 2;
+    return CGRectUnion(own, CGRectInset(shape_->path->boundingBox(), -reach, -reach));
+}
 
 void CAShapeLayer::drawContents(CGContext& context, const CGRect& bounds, Clock::Instant now) {
     CALayer::drawContents(context, bounds, now);

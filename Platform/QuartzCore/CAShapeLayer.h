@@ -49,6 +49,7 @@ class ZQ_EXPORT CAShapeLayer : public CALayer {
 
   protected:
     void drawContents(CGContext& context, const CGRect& bounds, Clock::Instant now) override;
+    [[nodiscard]] CGRect paintedRect(const CGRect& bounds, Clock::Instant now) const override;
     [[nodiscard]] bool hasContents() const override;
     [[nodiscard]] Clock::Instant animationsEnd() const override;
 

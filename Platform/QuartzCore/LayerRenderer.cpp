@@ -52,10 +52,11 @@ struct LayerRenderer::Walk {
     CGContext& context;
     Clock::Instant now;
     CGFloat scale;  // pixels a point of the root
+    std::optional<CGRect> within = std::nullopt;
 
     void draw(CALayer& layer) const {
         const CALayer::State& state = *layer.state_;
-        if (state.hidden) return;
+        if (state.hidden || (within && CGRectIsEmpty(CGRectIntersection(*within, state.covered)))) return;
         const CALayer::Presentation shown = layer.presentationAt(now);
         if (!(shown.opacity > 0) || !isInvertible(shown.affineTransform)) return;
         layer.displayIfNeeded(scale);
@@ -161,10 +162,20 @@ void LayerRenderer::render(CALayer& layer, CGContext& context) {
     render(layer, context, Clock::current().now());
 }
 
+void LayerRenderer::render(CALayer& layer, CGContext& context, Clock::Instant now, const CGRect& part) {
+    const CGAffineTransform toPixels = context.ctm();
+    const CGFloat scale = std::hypot(toPixels.a, toPixels.b);
+    Walk{context, now, scale > 0 ? scale : 1, part}.draw(layer);
+}
+
 void LayerRenderer::render(CALayer& layer, CGContext& context, Clock::Instant now) {
     const CGAffineTransform toPixels = context.ctm();
     const CGFloat scale = std::hypot(toPixels.a, toPixels.b);
     Walk{context, now, scale > 0 ? scale : 1}.draw(layer);
+}
+
+CGRect CALayer::paintedRect(const CGRect& bounds, Clock::Instant) const {
+    return hasArea(bounds) ? bounds : CGRectNull();
 }
 
 void CALayer::drawContents(CGContext& context, const CGRect& bounds, Clock::Instant) {

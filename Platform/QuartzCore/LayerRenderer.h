@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Base/CGGeometry.h"
 #include "Platform/Base/Clock.h"
 #include "Platform/Base/Export.h"
 
@@ -20,9 +21,17 @@ class ZQ_EXPORT LayerRenderer final {
     /// context before for pixels. Draw handlers that are due run on the way.
     static void render(CALayer& layer, CGContext& context);
     static void render(CALayer& layer, CGContext& context, Clock::Instant now);
+    /// Leaves out what surely lies outside of `part` of the superlayer's space, by the last `damage`, which
+    /// is to be asked for the same moment.
+    static void render(CALayer& layer, CGContext& context, Clock::Instant now, const CGRect& part);
+
+    /// The part of the superlayer's space that shows something else than at the last call, as one rectangle;
+    /// null if nothing does. What casts a shadow is in it wholly or not at all. `markRendered` is to follow.
+    [[nodiscard]] static CGRect damage(CALayer& layer, Clock::Instant now);
 
   private:
     struct Walk;
+    struct Damage;
 };
 
 }  // namespace zqcore::platform

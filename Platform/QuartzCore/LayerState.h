@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Graphics/CGRect.h"
 #include "Platform/QuartzCore/AnimatedValue.h"
 #include "Platform/QuartzCore/CALayer.h"
 #include "Platform/QuartzCore/LayerRecording.h"
@@ -30,6 +31,13 @@ struct CALayer::State {
     bool needsDisplay = false;
     bool needsRender = true;      // something in the subtree
     Clock::Instant runningUntil;  // anything in the subtree, at the latest
+
+    // What the renderer knows from the last time, in the space of the root's superlayer.
+    bool changed = true;       // the layer itself since then
+    bool indivisible = false;  // something in the subtree is drawn wholly or not at all
+    Clock::Instant renderedAt;
+    CGRect covered = CGRectNull();    // by the subtree
+    CGRect uncovered = CGRectNull();  // by sublayers that left since then
 
     CALayer* superlayer = nullptr;
     std::vector<std::shared_ptr<CALayer>> sublayers;

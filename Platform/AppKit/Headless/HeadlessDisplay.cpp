@@ -172,15 +172,25 @@ bool HeadlessDisplay::isOnActiveSpace(DisplayWindowNumber window) const {
 void HeadlessDisplay::present(DisplayWindowNumber window, const DisplaySurface& surface) {
     const auto found = find(window);
     if (found == stack_.end() || !surface.pixels) return;
+    ++found->presents;
+    found->changed = surface.changed;
+    const auto rowOf = [&surface](int y) {
+        return surface.pixels + static_cast<std::size_t>(y) * (surface.bytesPerRow / 4);
+    };
+    if (const auto& part = surface.changed; part && found->picture) {
+        DisplayPicture& shown = *found->picture;
+        for (int y = part->y; y < part->y + part->height; ++y)
+            std::copy_n(rowOf(y) + part->x, part->width,
+                        shown.pixels.begin() + std::ptrdiff_t{y} * shown.width + part->x);
+        return;
+    }
     DisplayPicture picture{surface.width, surface.height, surface.scale, {}};
     const auto width = static_cast<std::size_t>(surface.width);
     picture.pixels.reserve(width * static_cast<std::size_t>(surface.height));
     for (int y = 0; y < surface.height; ++y) {
-        const auto* row = surface.pixels + static_cast<std::size_t>(y) * (surface.bytesPerRow / 4);
-        picture.pixels.insert(picture.pixels.end(), row, row + width);
+        picture.pixels.insert(picture.pixels.end(), rowOf(y), rowOf(y) + width);
     }
     found->picture = std::move(picture);
-    ++found->presents;
 }
 
 void HeadlessDisplay::activateApplication() { setApplicationActive(true); }
@@ -217,6 +227,11 @@ std::optional<DisplayPicture> HeadlessDisplay::windowPicture(DisplayWindowNumber
 int HeadlessDisplay::presentCount(DisplayWindowNumber window) const {
     const auto found = find(window);
     return found == stack_.end() ? 0 : found->presents;
+}
+
+std::optional<DisplaySurface::Part> HeadlessDisplay::changedPart(DisplayWindowNumber window) const {
+    const auto found = find(window);
+    return found == stack_.end() ? std::nullopt : found->changed;
 }
 
 DisplayWindowState HeadlessDisplay::windowState(DisplayWindowNumber window) const {

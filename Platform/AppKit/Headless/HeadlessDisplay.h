@@ -74,6 +74,8 @@ class ZQ_EXPORT HeadlessDisplay final : public Display {
     [[nodiscard]] std::optional<DisplayPicture> windowPicture(DisplayWindowNumber window) const;
     /// How often a window was presented.
     [[nodiscard]] int presentCount(DisplayWindowNumber window) const;
+    /// Which part it presented last; absent for the whole.
+    [[nodiscard]] std::optional<DisplaySurface::Part> changedPart(DisplayWindowNumber window) const;
     [[nodiscard]] DisplayWindowState windowState(DisplayWindowNumber window) const;
     /// All that a screen shows, on a plain ground, at its scale; absent without that screen.
     [[nodiscard]] std::optional<DisplayPicture> screenshot(std::size_t screen = 0) const;

@@ -10,6 +10,7 @@ struct HeadlessDisplay::Window {
     DisplayWindowState state;
     std::optional<ForeignWindow> foreign;
     std::optional<DisplayPicture> picture;
+    std::optional<DisplaySurface::Part> changed;
     int presents = 0;
     int space = 0;
     bool shown = false;

@@ -29,6 +29,7 @@ constexpr NamedAtom kAtoms[] = {
     {"WM_STATE", &X11Atoms::wmState},
     {"WM_CLASS", &X11Atoms::wmClass},
     {"_MOTIF_WM_HINTS", &X11Atoms::motifHints},
+    {"_GTK_FRAME_EXTENTS", &X11Atoms::frameExtents},
     {"_NET_SUPPORTED", &X11Atoms::supported},
     {"_NET_SUPPORTING_WM_CHECK", &X11Atoms::supportingCheck},
     {"_NET_ACTIVE_WINDOW", &X11Atoms::activeWindow},

@@ -27,7 +27,7 @@ using X11Event = X11Reply<xcb_generic_event_t>;
 /// Hints 1.5.
 struct X11Atoms {
     xcb_atom_t utf8String, resourceManager;
-    xcb_atom_t wmProtocols, wmDeleteWindow, wmState, wmClass, motifHints;
+    xcb_atom_t wmProtocols, wmDeleteWindow, wmState, wmClass, motifHints, frameExtents;
     xcb_atom_t supported, supportingCheck, activeWindow, clientListStacking, currentDesktop, workArea;
     xcb_atom_t name, pid, desktop, opacity, userTime, ping, restackWindow;
     xcb_atom_t state, stateAbove, stateBelow, stateSkipTaskbar, stateSkipPager;

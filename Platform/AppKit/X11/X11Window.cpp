@@ -26,6 +26,14 @@ constexpr std::uint32_t kEvents = XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_B
 
 constexpr unsigned kPanelKind = NSWindowStyleMaskTitled | NSWindowStyleMaskNonactivatingPanel;
 
+/// The part that lies within a picture of that size.
+DisplaySurface::Part cut(const DisplaySurface::Part& part, int width, int height) {
+    const int x = std::clamp(part.x, 0, width);
+    const int y = std::clamp(part.y, 0, height);
+    return {x, y, std::clamp(part.x + part.width, x, width) - x,
+            std::clamp(part.y + part.height, y, height) - y};
+}
+
 bool isManagedBy(const DisplayWindowState& state) {
     return state.level <= NSNormalWindowLevel &&
            (state.styleMask & kPanelKind) != NSWindowStyleMaskNonactivatingPanel;
@@ -87,6 +95,7 @@ void X11Window::describe() {
     setTitle();
     setOpacity();
     setMouse();
+    setShadow();
     if (!managed_) return;
     connection_.setNumbers(id_, atoms.wmProtocols, XCB_ATOM_ATOM, {atoms.wmDeleteWindow, atoms.ping});
     // WM_HINTS: the input field alone, in its place of nine. It takes the keys when told to.
@@ -114,6 +123,17 @@ void X11Window::setOpacity() const {
     } else {
         connection_.setNumbers(id_, connection_.atoms().opacity, XCB_ATOM_CARDINAL,
                                {static_cast<std::uint32_t>(alpha * 0xFFFFFFFF)});
+    }
+}
+
+// Window and compositing managers leave out the shadow of a window that tells of having one in its own
+// pixels, be it of no width.
+void X11Window::setShadow() const {
+    const xcb_atom_t extents = connection_.atoms().frameExtents;
+    if (state_.hasShadow) {
+        xcb_delete_property(connection_.get(), id_, extents);
+    } else {
+        connection_.setNumbers(id_, extents, XCB_ATOM_CARDINAL, {0, 0, 0, 0});
     }
 }
 
@@ -180,6 +200,7 @@ void X11Window::update(const DisplayWindowState& state) {
     const DisplayWindowState old = std::exchange(state_, state);
     if (old.title != state.title) setTitle();
     if (old.ignoresMouse != state.ignoresMouse) setMouse();
+    if (old.hasShadow != state.hasShadow) setShadow();
     if (old.level != state.level) setLevelState();
     if (old.alpha != state.alpha) {
         setOpacity();
@@ -251,59 +272,73 @@ void X11Window::unmap() {
                    reinterpret_cast<const char*>(&notice));
 }
 
+// A pixmap of the window's size; false if it has that one already.
+bool X11Window::makePixmap() {
+    if (pixmap_ != 0 && pixmapWidth_ == place_.width && pixmapHeight_ == place_.height) return false;
+    xcb_connection_t* c = connection_.get();
+    if (pixmap_ != 0) xcb_free_pixmap(c, pixmap_);
+    pixmapWidth_ = place_.width;
+    pixmapHeight_ = place_.height;
+    pixmap_ = xcb_generate_id(c);
+    xcb_create_pixmap(c, connection_.depth(), pixmap_, id_, static_cast<std::uint16_t>(pixmapWidth_),
+                      static_cast<std::uint16_t>(pixmapHeight_));
+    if (gc_ == 0) {
+        gc_ = xcb_generate_id(c);
+        const std::uint32_t black = 0;
+        xcb_create_gc(c, gc_, pixmap_, XCB_GC_FOREGROUND, &black);
+    }
+    return true;
+}
+
 void X11Window::present(const DisplaySurface& surface) {
     if (!surface.pixels || surface.width <= 0 || surface.height <= 0) return;
     xcb_connection_t* c = connection_.get();
-    if (pixmap_ == 0 || pixmapWidth_ != place_.width || pixmapHeight_ != place_.height) {
-        if (pixmap_ != 0) xcb_free_pixmap(c, pixmap_);
-        pixmapWidth_ = place_.width;
-        pixmapHeight_ = place_.height;
-        pixmap_ = xcb_generate_id(c);
-        xcb_create_pixmap(c, connection_.depth(), pixmap_, id_, static_cast<std::uint16_t>(pixmapWidth_),
-                          static_cast<std::uint16_t>(pixmapHeight_));
-        if (gc_ == 0) {
-            gc_ = xcb_generate_id(c);
-            const std::uint32_t black = 0;
-            xcb_create_gc(c, gc_, pixmap_, XCB_GC_FOREGROUND, &black);
-        }
-    }
-    if (surface.width < pixmapWidth_ || surface.height < pixmapHeight_) {
+    const bool whole = makePixmap() || !surface.changed;
+    const DisplaySurface::Part part =
+        cut(whole ? DisplaySurface::Part{0, 0, surface.width, surface.height} : *surface.changed,
+            std::min(surface.width, pixmapWidth_), std::min(surface.height, pixmapHeight_));
+    if (whole && (surface.width < pixmapWidth_ || surface.height < pixmapHeight_)) {
         const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(pixmapWidth_),
                                   static_cast<std::uint16_t>(pixmapHeight_)};
         xcb_poly_fill_rectangle(c, pixmap_, gc_, 1, &all);
     }
-    upload(surface);
+    upload(surface, part);
     shape_.clear();
     if (!state_.opaque && !connection_.blends()) shape_ = x11ShapeOf(surface, pixmapWidth_, pixmapHeight_);
     applyShape();
     xcb_change_window_attributes(c, id_, XCB_CW_BACK_PIXMAP, &pixmap_);
-    xcb_clear_area(c, 0, id_, 0, 0, 0, 0);
+    // A side of 0 would mean all that is left of the window.
+    if (part.width > 0 && part.height > 0)
+        xcb_clear_area(c, 0, id_, static_cast<std::int16_t>(part.x), static_cast<std::int16_t>(part.y),
+                       whole ? 0 : static_cast<std::uint16_t>(part.width),
+                       whole ? 0 : static_cast<std::uint16_t>(part.height));
 }
 
 // In bands of rows, as a request has a greatest length.
-void X11Window::upload(const DisplaySurface& surface) const {
+void X11Window::upload(const DisplaySurface& surface, const DisplaySurface::Part& part) const {
+    if (part.width <= 0) return;
     xcb_connection_t* c = connection_.get();
-    const int width = std::min(surface.width, pixmapWidth_);
-    const int height = std::min(surface.height, pixmapHeight_);
-    const std::size_t rowBytes = static_cast<std::size_t>(width) * 4;
+    const auto width = static_cast<std::size_t>(part.width);
+    const std::size_t rowBytes = width * 4;
     const std::size_t most =
         std::min<std::size_t>(std::size_t{xcb_get_maximum_request_length(c)} * 4, 1 << 22);
     const int rows = std::max(1, static_cast<int>((most - 64) / rowBytes));
     const bool blends = connection_.blends();
     std::vector<std::uint32_t> band;
-    for (int first = 0; first < height; first += rows) {
-        const int count = std::min(rows, height - first);
+    for (int first = part.y; first < part.y + part.height; first += rows) {
+        const int count = std::min(rows, part.y + part.height - first);
         band.clear();
         for (int y = first; y < first + count; ++y) {
             const auto* row = surface.pixels + static_cast<std::size_t>(y) * (surface.bytesPerRow / 4);
-            appendX11Row(band, {row, static_cast<std::size_t>(width)},
+            appendX11Row(band, {row + part.x, width},
                          state_.opaque ? X11Alpha::opaque
                          : blends      ? X11Alpha::blended
                                        : X11Alpha::cut);
         }
         xcb_put_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap_, gc_, static_cast<std::uint16_t>(width),
-                      static_cast<std::uint16_t>(count), 0, static_cast<std::int16_t>(first), 0,
-                      connection_.depth(), static_cast<std::uint32_t>(band.size() * 4),
+                      static_cast<std::uint16_t>(count), static_cast<std::int16_t>(part.x),
+                      static_cast<std::int16_t>(first), 0, connection_.depth(),
+                      static_cast<std::uint32_t>(band.size() * 4),
                       reinterpret_cast<const std::uint8_t*>(band.data()));
     }
 }

@@ -69,7 +69,9 @@ class X11Window final {
     void setMouse() const;
     void setPlaceHint() const;
     void applyShape();
-    void upload(const DisplaySurface& surface) const;
+    bool makePixmap();
+    void upload(const DisplaySurface& surface, const DisplaySurface::Part& part) const;
+    void setShadow() const;
 
     X11Connection& connection_;
     const X11Screens& screens_;

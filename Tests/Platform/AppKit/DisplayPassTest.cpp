@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <random>
+
 #include "Platform/AppKit/NSAnimationContext.h"
 #include "Platform/AppKit/NSTrackingArea.h"
 #include "Platform/AppKit/NSWindow.h"
@@ -7,11 +12,14 @@
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Dispatch/RunLoop.h"
 #include "Platform/Foundation/NSTimer.h"
+#include "Platform/Graphics/CGAffineTransform.h"
 #include "Platform/Graphics/CGContext.h"
+#include "Platform/Graphics/CGPath.h"
 #include "Platform/Graphics/NSAppearance.h"
 #include "Platform/Graphics/NSColor.h"
 #include "Platform/Graphics/NSGraphicsContext.h"
 #include "Platform/QuartzCore/CALayer.h"
+#include "Platform/QuartzCore/CAShapeLayer.h"
 #include "TestKit/UI/HeadlessApplication.h"
 
 namespace zqcore {
@@ -208,6 +216,157 @@ TEST_F(DisplayPassTest, AnimatesBackingLayersOnlyWhereAGroupAllowsAndStopsThen) 
     ui.advance(10);
     EXPECT_EQ(ui.display().presentCount(window->windowNumber()), after) << "no frames once it stands";
     EXPECT_FALSE(ClockDriver::timeToNext());
+}
+
+/// A tree of views of every look that reaches beyond its bounds or is cut at them, changed at random.
+class ChangingTree {
+  public:
+    ChangingTree(NSWindow& window, unsigned seed) : random_(seed) {
+        window.setFrame({{100, 100}, {120, 90}}, false);
+        views_.push_back(window.contentView());
+        for (int count = 0; count < 12; ++count) addView();
+        const auto ring = makeObject<CAShapeLayer>();
+        ring->setPath(CGPath::roundedRect({{-6, -4}, {20, 15}}, 4, 4));
+        ring->setLineWidth(3);
+        ring->setStrokeColor(CGColor::rgb(0, 0.5, 0));
+        views_[2]->layer()->addSublayer(ring);
+        ring_ = ring;
+    }
+
+    void change() {
+        NSView& view = *views_[static_cast<std::size_t>(pick(1, static_cast<int>(views_.size()) - 1))];
+        CALayer& layer = *view.layer();
+        switch (pick(0, 13)) {
+            case 0:
+                return view.setFrame(rect());
+            case 1:
+                return view.setFrameOrigin({pick(-5, 90) / 2.0, pick(-5, 60) / 3.0});
+            case 2:
+                return layer.setBackgroundColor(color());
+            case 3:
+                return view.setAlphaValue(pick(0, 4) / 4.0);
+            case 4:
+                return view.setHidden(!view.isHidden());
+            case 5:
+                return layer.setCornerRadius(pick(0, 9));
+            case 6:
+                layer.setBorderColor(color());
+                return layer.setBorderWidth(pick(0, 3) / 2.0);
+            case 7:
+                layer.setShadowColor(color());
+                layer.setShadowRadius(pick(0, 5));
+                layer.setShadowOffset({pick(-4, 4) * 1.0, pick(-4, 4) * 1.0});
+                return layer.setShadowOpacity(pick(0, 2) / 2.0);
+            case 8:
+                return layer.setMasksToBounds(!layer.masksToBounds());
+            case 9:
+                return view.setBoundsOrigin({pick(-5, 5) * 1.0, pick(-5, 5) / 2.0});
+            case 10:
+                return view.setNeedsDisplay(true);
+            case 11:
+                layer.setAffineTransform(CGAffineTransformMakeRotation(pick(0, 3) / 3.0));
+                return;
+            case 12:
+                return ring_->setStrokeEnd(pick(0, 4) / 4.0);  // free: it runs there by itself
+            default:
+                view.removeFromSuperview();
+                std::erase_if(views_, [&](const auto& one) { return one->window() == nullptr; });
+                while (views_.size() < 13) addView();
+        }
+    }
+
+  private:
+    class Painter : public NSView {
+      public:
+        Painter(const CGRect& frame, bool flipped) : NSView(frame), flipped_(flipped) {}
+        [[nodiscard]] bool isFlipped() const override { return flipped_; }
+        void drawRect(const CGRect& /*dirty*/) override {
+            auto& context = *NSGraphicsContext::currentContext()->cgContext();
+            context.setFillColor(CGColor::rgb(0, 0, ++times_ % 4 / 4.0));
+            context.fill({{1, 1}, {7.5, 4.5}});
+        }
+
+      private:
+        bool flipped_;
+        int times_ = 0;
+    };
+
+    int pick(int low, int high) { return std::uniform_int_distribution(low, high)(random_); }
+    CGColor color() { return {pick(0, 4) / 4.0, pick(0, 4) / 4.0, pick(0, 4) / 4.0, pick(1, 4) / 4.0}; }
+    CGRect rect() {
+        return {{pick(-10, 100) / 2.0, pick(-10, 80) / 2.0}, {pick(-1, 60) / 1.5, pick(-1, 50) / 2.0}};
+    }
+    void addView() {
+        const auto parent = views_[static_cast<std::size_t>(pick(0, static_cast<int>(views_.size()) - 1))];
+        views_.push_back(makeObject<Painter>(rect(), pick(0, 1) == 0));
+        views_.back()->layer()->setBackgroundColor(color());
+        parent->addSubview(views_.back());
+    }
+
+    std::mt19937 random_;
+    std::vector<std::shared_ptr<NSView>> views_;
+    std::shared_ptr<CAShapeLayer> ring_;
+};
+
+int greatestDifference(const DisplayPicture& a, const DisplayPicture& b) {
+    int greatest = a.pixels.size() == b.pixels.size() ? 0 : 255;
+    for (std::size_t at = 0; at < std::min(a.pixels.size(), b.pixels.size()); ++at) {
+        for (const int shift : {0, 8, 16, 24}) {
+            const auto channel = [&](const DisplayPicture& one) {
+                return static_cast<int>(one.pixels[at] >> shift & 0xFF);
+            };
+            greatest = std::max(greatest, std::abs(channel(a) - channel(b)));
+        }
+    }
+    return greatest;
+}
+
+TEST_F(DisplayPassTest, DrawingWhatChangedGivesThePictureOfDrawingAll) {
+    int partial = 0;
+    for (unsigned seed = 1; seed <= 12 && !HasFailure(); ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        ChangingTree tree(*window, seed);
+        window->orderFront();
+        for (int step = 0; step < 60 && !HasFailure(); ++step) {
+            const int changes = 1 + step % 3;
+            for (int change = 0; change < changes; ++change) tree.change();
+            ui.advance(step % 4 == 0 ? 0.1 : 0);
+            ui.turn();
+            if (ui.display().changedPart(window->windowNumber())) ++partial;
+            const auto drawn = ui.display().windowPicture(window->windowNumber());
+            window->setBackgroundColor(window->backgroundColor());
+            ui.turn();
+            ASSERT_FALSE(ui.display().changedPart(window->windowNumber()));
+            const auto whole = ui.display().windowPicture(window->windowNumber());
+            // A curve that the border of the part cuts may differ by a shade in its soft edge.
+            EXPECT_LE(greatestDifference(*drawn, *whole), 8) << "after step " << step;
+        }
+        window->orderOut();
+        window->setContentView(makeObject<NSView>());
+    }
+    EXPECT_GT(partial, 400);
+}
+
+TEST_F(DisplayPassTest, ASmallChangePresentsItsPlaceAlone) {
+    const auto view = makeObject<NSView>(CGRect{{2, 3}, {4, 4}});
+    view->layer()->setBackgroundColor(CGColor::rgb(1, 0, 0));
+    window->contentView()->addSubview(view);
+    window->orderFront();
+    ui.turn();
+    EXPECT_FALSE(ui.display().changedPart(window->windowNumber()));
+    view->layer()->setBackgroundColor(CGColor::rgb(0, 1, 0));
+    ui.turn();
+    // At scale 2 in a window of 20 pixels' height, with a pixel all round for soft edges.
+    const auto part = ui.display().changedPart(window->windowNumber());
+    ASSERT_TRUE(part);
+    EXPECT_EQ((std::array{part->x, part->y, part->width, part->height}), (std::array{3, 5, 10, 10}));
+    const int presents = ui.display().presentCount(window->windowNumber());
+    view->setHidden(true);
+    ui.turn();
+    view->layer()->setBackgroundColor(CGColor::rgb(0, 0, 1));
+    ui.turn();
+    EXPECT_EQ(ui.display().presentCount(window->windowNumber()), presents + 1)
+        << "what is hidden shows nothing";
 }
 
 TEST_F(DisplayPassTest, SubviewLayersFollowTheOrderOfTheViews) {

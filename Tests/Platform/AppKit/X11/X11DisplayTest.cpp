@@ -36,6 +36,41 @@ TEST_F(X11DisplayTest, ShowsPixelsWhereTheFrameLies) {
     EXPECT_EQ(pixel(0, 550), 0U);
 }
 
+TEST_F(X11DisplayTest, PresentsAChangedPartOverWhatWasThere) {
+    const auto window = show(card({{200, 300}, {100, 50}}), plain(100, 50, 0xFF2040C0));
+    const Pixels next = plain(100, 50, 0xFFAA0000);
+    DisplaySurface surface = next.surface();
+    surface.changed = {10, 20, 30, 5};
+    display->present(window, surface);
+    EXPECT_EQ(pixel(210, 270), 0xAA0000U);
+    EXPECT_EQ(pixel(239, 274), 0xAA0000U);
+    for (const auto& [x, y] : {std::pair{209, 270}, {240, 274}, {210, 269}, {239, 275}})
+        EXPECT_EQ(pixel(x, y), 0x2040C0U) << x << ", " << y;
+    surface.changed = {90, 40, 1000, 1000};
+    display->present(window, surface);
+    EXPECT_EQ(pixel(299, 299), 0xAA0000U);
+    EXPECT_EQ(pixel(289, 299), 0x2040C0U);
+    // Another size has no old pixels to be put over.
+    display->updateWindow(window, card({{200, 300}, {100, 40}}));
+    surface.changed = {0, 0, 1, 1};
+    display->present(window, surface);
+    EXPECT_EQ(pixel(250, 275), 0xAA0000U);
+}
+
+TEST_F(X11DisplayTest, AsksForNoShadow) {
+    auto state = card({{200, 300}, {100, 50}});
+    state.hasShadow = false;
+    const auto window = show(state, plain(100, 50, 0xFF2040C0));
+    const auto extents = [&] {
+        settle();
+        return server->property(static_cast<std::uint32_t>(window), "_GTK_FRAME_EXTENTS");
+    };
+    EXPECT_EQ(extents(), (std::vector<std::uint32_t>{0, 0, 0, 0}));
+    state.hasShadow = true;
+    display->updateWindow(window, state);
+    EXPECT_TRUE(extents().empty());
+}
+
 TEST_F(X11DisplayTest, KeepsTheOrderOfLevels) {
     const auto high = show(card({{100, 100}, {50, 50}}, NSStatusWindowLevel), plain(50, 50, 0xFFAA0000));
     const auto low = show(card({{100, 100}, {50, 50}}, NSFloatingWindowLevel), plain(50, 50, 0xFF00AA00));
