@@ -182,27 +182,22 @@ TEST_F(NSViewTest, PostsFrameAndBoundsChangesByTheirSwitches) {
     center.removeObserver(b);
 }
 
-TEST_F(NSViewTest, ResizesSubviewsByTheirMasks) {
-    struct Case {
-        NSAutoresizingMaskOptions mask;
-        CGRect frame;
-    };
-    // {10, 20, 30, 40} in 100 by 100 that becomes 160 by 130.
-    const std::vector<Case> cases = {
-        {NSViewNotSizable, CGRectMake(10, 20, 30, 40)},
-        {NSViewWidthSizable | NSViewHeightSizable, CGRectMake(10, 20, 90, 70)},
-        {NSViewHeightSizable, CGRectMake(10, 20, 30, 70)},
-        {NSViewMinXMargin | NSViewMinYMargin, CGRectMake(70, 50, 30, 40)},
-        {NSViewMaxXMargin | NSViewMaxYMargin, CGRectMake(10, 20, 30, 40)},
-    };
-    for (const Case& c : cases) {
-        const auto parent = makeObject<NSView>(CGRectMake(0, 0, 100, 100));
-        const auto child = makeObject<NSView>(CGRectMake(10, 20, 30, 40));
-        child->setAutoresizingMask(c.mask);
+// How a mask divides the change is the layers' table.
+TEST_F(NSViewTest, ResizesSubviewsByTheirMasksUnlessConstraintsPlaceThem) {
+    const auto parent = makeObject<NSView>(CGRectMake(0, 0, 100, 100));
+    const auto resized = makeObject<NSView>(CGRectMake(10, 20, 30, 40));
+    const auto placed = makeObject<NSView>(CGRectMake(10, 20, 30, 40));
+    placed->setTranslatesAutoresizingMaskIntoConstraints(false);
+    for (const auto& child : {resized, placed}) {
+        child->setAutoresizingMask(NSViewHeightSizable | NSViewMinXMargin);
         parent->addSubview(child);
-        parent->setFrameSize({160, 130});
-        EXPECT_EQ(child->frame(), c.frame) << c.mask << " gives " << NSStringFromRect(child->frame());
     }
+    parent->setFrameSize({160, 130});
+    EXPECT_EQ(resized->frame(), CGRectMake(70, 20, 30, 70));
+    EXPECT_EQ(placed->frame(), CGRectMake(10, 20, 30, 40));
+    parent->setAutoresizesSubviews(false);
+    parent->setFrameSize({100, 100});
+    EXPECT_EQ(resized->frame(), CGRectMake(70, 20, 30, 70));
 }
 
 }  // namespace
