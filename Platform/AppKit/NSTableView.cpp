@@ -62,16 +62,18 @@ void NSTableView::measureRows() {
     ends_.clear();
     const auto asked = delegate_.lock();
     if (!asked) return;
+    std::vector<CGFloat> ends;
     int count = 0;
     guardedCall("numberOfRowsInTableView", [&] { count = asked->numberOfRowsInTableView(*this); });
-    ends_.reserve(static_cast<std::size_t>(std::max(count, 0)));
+    ends.reserve(static_cast<std::size_t>(std::max(count, 0)));
     CGFloat end = 0;
     for (int row = 0; row < count; ++row) {
         CGFloat height = rowHeight_;
         guardedCall("heightOfRow", [&] { height = asked->heightOfRow(*this, row); });
         end += std::isfinite(height) ? std::max(0.0, height) : 0;
-        ends_.push_back(end);
+        ends.push_back(end);
     }
+    ends_ = std::move(ends);
 }
 
 CGRect NSTableView::rectOfRow(int row) const {
@@ -138,14 +140,18 @@ void NSTableView::layout() {
     const bool any = !CGRectIsNull(seen) && seen.size.height > 0;
     const auto first = any ? std::ranges::upper_bound(ends_, CGRectGetMinY(seen)) - ends_.begin() : 0;
     const auto last = any ? std::ranges::lower_bound(ends_, CGRectGetMaxY(seen)) - ends_.begin() : -1;
+    std::vector<Cells> leaving;
     for (auto entry = shown_.begin(); entry != shown_.end();) {
         const bool stays = entry->first >= first && entry->first <= last;
-        if (!stays) recycle(entry->second);
+        if (!stays) leaving.push_back(std::move(entry->second));
         entry = stays ? std::next(entry) : shown_.erase(entry);
     }
+    // Cells and delegate may ask for all anew meanwhile; from here on nothing relies on what was found
+    // before.
+    for (Cells& cells : leaving) recycle(cells);
     for (int row = static_cast<int>(first); row <= last && row < numberOfRows(); ++row) {
         if (!shown_.contains(row)) fillRow(row);
-        if (const auto found = shown_.find(row); found != shown_.end()) placeRow(row, found->second);
+        if (const auto found = shown_.find(row); found != shown_.end()) placeRow(row, Cells(found->second));
     }
 }
 

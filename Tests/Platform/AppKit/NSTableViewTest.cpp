@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <utility>
 
 #include "Platform/AppKit/NSNib.h"
 #include "Platform/AppKit/NSScrollView.h"
@@ -29,6 +30,7 @@ class Rows : public NSTableViewDelegate {
                                                const std::shared_ptr<NSTableColumn>& column,
                                                int row) override {
         if (row == 5) return nullptr;
+        if (row == 6 && std::exchange(reloadsAtSix, false)) table.reloadData();
         auto cell = table.makeViewWithIdentifier(column->identifier(), nullptr);
         if (!cell) {
             ++made;
@@ -41,6 +43,7 @@ class Rows : public NSTableViewDelegate {
     }
     int count = 1000;
     int made = 0;
+    bool reloadsAtSix = false;
 };
 
 class NSTableViewTest : public testing::Test {
@@ -83,7 +86,9 @@ TEST_F(NSTableViewTest, CellsAreMadeInSightAndComeBackFromTheirPool) {
     first->setHidden(true);
     EXPECT_EQ(table->rowAtPoint({10, 20000}), table->rowForView(*table->subviews().front()));
     scroll->contentView()->setBoundsOrigin({0, 100});
+    rows->reloadsAtSix = true;
     ui.turn();
+    EXPECT_TRUE(table->viewAtColumn(0, 6)) << "also when all is asked anew meanwhile";
     EXPECT_FALSE(table->viewAtColumn(0, 5)) << "no cell was given";
     EXPECT_EQ(table->rowAtPoint({10, 159.9}), 6);
     EXPECT_EQ(table->rowAtPoint({10, 160}), 7);
