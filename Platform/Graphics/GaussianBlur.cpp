@@ -44,8 +44,13 @@ void convolve(const Line& line, const std::vector<std::uint32_t>& kernel, std::v
     const auto count = static_cast<std::size_t>(line.count);
     padded.assign(count + 2 * reach, 0);
     for (std::size_t i = 0; i < count; ++i) padded[i + reach] = line.start[i * line.stride];
+    std::size_t alike = 0;  // how many bytes up to the last one that counts are the same
+    for (std::size_t i = 0; i < 2 * reach; ++i) alike = i > 0 && padded[i] == padded[i - 1] ? alike + 1 : 1;
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint8_t* middle = padded.data() + i + reach;
+        // Inside of a shape and far outside the mean is the byte itself.
+        alike = middle[reach] == middle[reach - 1] ? alike + 1 : 1;
+        if (alike > 2 * reach) continue;
         std::uint32_t sum = 0x8000 + kernel[0] * *middle;
         for (std::size_t k = 1; k <= reach; ++k)
             sum += kernel[k] * (std::uint32_t{middle[k]} + *(middle - k));

@@ -51,7 +51,12 @@ class Scene {
     }
     ~Scene() { TipManager::close(); }
 
-    void show() { TipManager::showTip(view_, info_); }
+    /// With the turn of the loop that draws it.
+    void show() {
+        TipManager::showTip(view_, info_);
+        ui_.turn();
+    }
+    [[nodiscard]] bool isDrawn() { return tip() && ui_.display().windowPicture(tip()->windowNumber()); }
     void close() {
         TipManager::close();
         ui_.turn();
@@ -73,7 +78,7 @@ void showTip(benchmark::State& state, CGFloat scale) {
     for (auto _ : state) {
         scene.show();
         state.PauseTiming();
-        if (!scene.tip()) state.SkipWithError("no tip");
+        if (!scene.isDrawn()) state.SkipWithError("no tip was drawn");
         scene.close();
         state.ResumeTiming();
     }
