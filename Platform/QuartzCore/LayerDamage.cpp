@@ -35,7 +35,7 @@ struct LayerRenderer::Damage {
     int parts = 0;
     // Drawn wholly or not at all: what throws a shadow, which all of the subtree does, and what lies aslant,
     // whose soft edges come out otherwise where the part's border cuts them.
-    std::vector<CGRect> indivisible;
+    std::vector<CGRect> indivisible = {};
 
     void add(const CGRect& rect) {
         if (CGRectIsEmpty(rect)) return;
