@@ -390,8 +390,8 @@ void encodeNlohmann(benchmark::State& state) {
 
 [[maybe_unused]] const bool registered = [] {
     const auto both = [](const std::string& way, const std::string& who, void (*run)(benchmark::State&)) {
-        benchmark::RegisterBenchmark(("json/" + way + "300/" + who).c_str(), run)->Arg(0)->ArgName("");
-        benchmark::RegisterBenchmark(("json/" + way + "4mb/" + who).c_str(), run)->Arg(1)->ArgName("");
+        benchmark::RegisterBenchmark(("json/" + way + "300/" + who).c_str(), run)->Arg(0)->ArgName("size");
+        benchmark::RegisterBenchmark(("json/" + way + "4mb/" + who).c_str(), run)->Arg(1)->ArgName("size");
     };
     both("decode", "ours", decodeOurs);
     both("decode", "simdjson-dom", decodeSimdjsonDOM);
