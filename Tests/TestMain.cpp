@@ -15,11 +15,6 @@ bool onlyLists(int argc, char** argv) {
 
 }  // namespace
 
-// Asked by the leak check, where there is one: fontconfig loses 288 bytes of its own while it reads a
-// configuration.
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig\n"; }
-
 // A main of the kit's own, so that what must be in place before the first static (a home, an environment) can
 // be set here.
 int main(int argc, char** argv) {

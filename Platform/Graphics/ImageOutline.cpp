@@ -135,8 +135,11 @@ void readBMP(const Bytes& bytes, ImageOutline& outline) {
     outline.height = std::abs(height);
     const bool plain = compression == 0 || compression == 3;
     const std::int64_t rowBytes = (outline.width * bits + 31) / 32 * 4;
-    const std::int64_t needed = plain ? rowBytes * outline.height : bytes.little32(34);
-    outline.complete = static_cast<std::int64_t>(bytes.size()) - bytes.little32(10) >= needed;
+    const std::int64_t there = static_cast<std::int64_t>(bytes.size()) - bytes.little32(10);
+    if (there < 0) return;
+    // Divided, since the product of what a file claims may be too large for any number.
+    outline.complete =
+        plain ? rowBytes <= 0 || outline.height <= there / rowBytes : there >= bytes.little32(34);
 }
 
 }  // namespace
