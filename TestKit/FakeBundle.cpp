@@ -12,7 +12,7 @@ FakeBundle::FakeBundle(platform::Value::Dictionary info, std::string path) {
         NSBundle::setMainBundleForTesting(nullptr);
         path = NSBundle::mainBundle()->bundlePath();
     }
-    NSBundle::setMainBundleForTesting(NSBundle::makeForTesting(std::move(path), std::move(info)));
+    NSBundle::setMainBundleForTesting(NSBundle::makeForTesting(path, std::move(info)));
 }
 
 FakeBundle FakeBundle::named(const std::string& identifier) {

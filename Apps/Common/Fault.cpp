@@ -33,7 +33,7 @@ volatile int endlessly = 1;
     std::FILE* file = std::tmpfile();
     if (!file) std::abort();
     const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    sink = *static_cast<volatile char*>(mmap(nullptr, page, PROT_READ, MAP_SHARED, fileno(file), 0));
+    sink = *static_cast<volatile unsigned char*>(mmap(nullptr, page, PROT_READ, MAP_SHARED, fileno(file), 0));
 }
 
 [[gnu::noinline]] void executeNothing() {
@@ -62,8 +62,8 @@ volatile int endlessly = 1;
 }
 
 [[gnu::noinline]] int overflow(int depth) {
-    volatile char frame[512];
-    frame[0] = static_cast<char>(depth);
+    volatile unsigned char frame[512];
+    frame[0] = static_cast<unsigned char>(depth);
     sink = frame[0];
     return endlessly != 0 ? overflow(depth + 1) + frame[0] : 0;
 }

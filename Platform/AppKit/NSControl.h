@@ -17,7 +17,7 @@ class ZQ_EXPORT NSControl : public NSView {
     using NSView::NSView;
 
     [[nodiscard]] std::shared_ptr<NSObject> target() const noexcept { return target_.lock(); }
-    virtual void setTarget(std::shared_ptr<NSObject> target) { target_ = target; }
+    virtual void setTarget(const std::shared_ptr<NSObject>& target) { target_ = target; }
     [[nodiscard]] const std::optional<Selector>& action() const noexcept { return action_; }
     virtual void setAction(std::optional<Selector> action) { action_ = action; }
     /// Performs the action on the target, without one on the first taker in the responder chain. False if

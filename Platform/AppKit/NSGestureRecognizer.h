@@ -13,7 +13,7 @@ namespace zqcore::platform {
 class ZQ_EXPORT NSGestureRecognizer : public NSObject {
   public:
     [[nodiscard]] std::shared_ptr<NSObject> target() const noexcept { return target_.lock(); }
-    void setTarget(std::shared_ptr<NSObject> target) { target_ = target; }
+    void setTarget(const std::shared_ptr<NSObject>& target) { target_ = target; }
     [[nodiscard]] const std::optional<Selector>& action() const noexcept { return action_; }
     void setAction(std::optional<Selector> action) { action_ = action; }
 

@@ -21,7 +21,7 @@ class ZQ_EXPORT NSMenuItem : public NSObject {
     [[nodiscard]] bool isEnabled() const noexcept { return enabled_; }
     void setEnabled(bool enabled) noexcept { enabled_ = enabled; }
     [[nodiscard]] std::shared_ptr<NSObject> target() const noexcept { return target_.lock(); }
-    void setTarget(std::shared_ptr<NSObject> target) { target_ = target; }
+    void setTarget(const std::shared_ptr<NSObject>& target) { target_ = target; }
     [[nodiscard]] const std::optional<Selector>& action() const noexcept { return action_; }
     void setAction(std::optional<Selector> action) { action_ = action; }
 

@@ -24,8 +24,8 @@ class TimerSource final : public DispatchSourceTimer,
                           public Deadline,
                           public std::enable_shared_from_this<TimerSource> {
   public:
-    explicit TimerSource(std::shared_ptr<DispatchQueue> queue)
-        : queue_(queue ? std::move(queue) : DispatchQueue::global()) {}
+    explicit TimerSource(const std::shared_ptr<DispatchQueue>& queue)
+        : queue_(queue ? queue : DispatchQueue::global()) {}
     ~TimerSource() override { DeadlineScheduler::shared().remove(*this); }
 
     void schedule(DispatchTime start, Duration interval) override {
@@ -116,8 +116,8 @@ class TimerSource final : public DispatchSourceTimer,
 
 }  // namespace
 
-std::shared_ptr<DispatchSourceTimer> DispatchSourceTimer::make(std::shared_ptr<DispatchQueue> queue) {
-    return std::make_shared<TimerSource>(std::move(queue));
+std::shared_ptr<DispatchSourceTimer> DispatchSourceTimer::make(const std::shared_ptr<DispatchQueue>& queue) {
+    return std::make_shared<TimerSource>(queue);
 }
 
 }  // namespace zqcore::platform

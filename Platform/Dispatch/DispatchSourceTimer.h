@@ -18,7 +18,8 @@ namespace zqcore::platform {
 class ZQ_EXPORT DispatchSourceTimer {
   public:
     /// A null `queue` stands for the global one of standard quality, as on the platform.
-    [[nodiscard]] static std::shared_ptr<DispatchSourceTimer> make(std::shared_ptr<DispatchQueue> queue);
+    [[nodiscard]] static std::shared_ptr<DispatchSourceTimer> make(
+        const std::shared_ptr<DispatchQueue>& queue);
     virtual ~DispatchSourceTimer() = default;
 
     /// Before `resume`: first deadline and period. A period of `Clock::Duration::max()` fires once.

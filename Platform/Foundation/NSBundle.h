@@ -48,7 +48,8 @@ class ZQ_EXPORT NSBundle final {
     [[nodiscard]] std::shared_ptr<NSImage> imageForResource(std::string_view name) const;
 
     /// A bundle at `path` that has the given dictionary, whatever lies on disk.
-    [[nodiscard]] static std::shared_ptr<NSBundle> makeForTesting(std::string path, Value::Dictionary info);
+    [[nodiscard]] static std::shared_ptr<NSBundle> makeForTesting(const std::string& path,
+                                                                  Value::Dictionary info);
     /// Makes `bundle` the main one, the real one again for a null pointer.
     static void setMainBundleForTesting(std::shared_ptr<NSBundle> bundle);
 

@@ -17,7 +17,7 @@ constexpr std::array<Class, 256> kClasses = [] {
     for (int c = 'a'; c <= 'z'; ++c) classes[static_cast<std::size_t>(c)] = Class::lower;
     for (int c = 'A'; c <= 'Z'; ++c) classes[static_cast<std::size_t>(c)] = Class::upper;
     for (int c = '0'; c <= '9'; ++c) classes[static_cast<std::size_t>(c)] = Class::digit;
-    for (const int c : {'_', '-', '/', '.'}) classes[static_cast<std::size_t>(c)] = Class::separator;
+    for (const char c : std::string_view("_-/.")) classes[static_cast<unsigned char>(c)] = Class::separator;
     return classes;
 }();
 

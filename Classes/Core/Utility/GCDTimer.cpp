@@ -7,15 +7,15 @@
 namespace zqcore {
 
 std::shared_ptr<GCDTimer> GCDTimer::make(double timeInterval, bool repeats,
-                                         std::shared_ptr<DispatchQueue> queue, Handler handler) {
-    return std::make_shared<GCDTimer>(Private{}, timeInterval, repeats, std::move(queue), std::move(handler));
+                                         const std::shared_ptr<DispatchQueue>& queue, Handler handler) {
+    return std::make_shared<GCDTimer>(Private{}, timeInterval, repeats, queue, std::move(handler));
 }
 
-GCDTimer::GCDTimer(Private, double interval, bool repeating, std::shared_ptr<DispatchQueue> target,
+GCDTimer::GCDTimer(Private, double interval, bool repeating, const std::shared_ptr<DispatchQueue>& target,
                    Handler call)
     : timeInterval(interval),
       repeats(repeating),
-      queue(target ? std::move(target) : DispatchQueue::global()),
+      queue(target ? target : DispatchQueue::global()),
       handler(std::move(call)) {}
 
 GCDTimer::~GCDTimer() { invalidate(); }

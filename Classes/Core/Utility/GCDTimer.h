@@ -27,9 +27,10 @@ class ZQ_EXPORT GCDTimer final : public std::enable_shared_from_this<GCDTimer> {
 
     /// A timer at rest.
     [[nodiscard]] static std::shared_ptr<GCDTimer> make(double timeInterval, bool repeats,
-                                                        std::shared_ptr<DispatchQueue> queue,
+                                                        const std::shared_ptr<DispatchQueue>& queue,
                                                         Handler handler);
-    GCDTimer(Private, double interval, bool repeating, std::shared_ptr<DispatchQueue> target, Handler call);
+    GCDTimer(Private, double interval, bool repeating, const std::shared_ptr<DispatchQueue>& target,
+             Handler call);
     ~GCDTimer();
     GCDTimer(const GCDTimer&) = delete;
     GCDTimer& operator=(const GCDTimer&) = delete;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -348,8 +349,7 @@ void X11Window::applyShape() {
     xcb_connection_t* c = connection_.get();
     const bool cut = !connection_.blends() && (state_.alpha <= 0 || (!state_.opaque && pixmap_ != 0));
     if (cut) {
-        static const std::vector<xcb_rectangle_t> kNothing;
-        const auto& shape = state_.alpha > 0 ? shape_ : kNothing;
+        const std::span<const xcb_rectangle_t> shape(shape_.data(), state_.alpha > 0 ? shape_.size() : 0);
         shaped_ = true;
         xcb_shape_rectangles(c, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_YX_BANDED, id_, 0,
                              0, static_cast<std::uint32_t>(shape.size()), shape.data());

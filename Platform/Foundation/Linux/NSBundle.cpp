@@ -192,8 +192,8 @@ std::shared_ptr<NSImage> NSBundle::imageForResource(std::string_view name) const
     return nullptr;
 }
 
-std::shared_ptr<NSBundle> NSBundle::makeForTesting(std::string path, Value::Dictionary info) {
-    std::shared_ptr<NSBundle> bundle(new NSBundle(std::move(path), /*isMain=*/true));
+std::shared_ptr<NSBundle> NSBundle::makeForTesting(const std::string& path, Value::Dictionary info) {
+    std::shared_ptr<NSBundle> bundle(new NSBundle(path, /*isMain=*/true));
     bundle->information_->fixed = std::make_shared<const Value::Dictionary>(std::move(info));
     return bundle;
 }
