@@ -72,11 +72,12 @@ bool isCandidate(char32_t scalar) noexcept { return countsAsEmoji(scalar) || sca
 }  // namespace
 
 bool countsAsEmoji(char32_t scalar) noexcept {
-    if (scalar < 0x80) return false;
-    return within(scalar, 0x2100, 0x27BF) || within(scalar, 0x1D000, 0x1F77F) || isListedEmoji(scalar);
+    return within(scalar, 0x1D000, 0x1F77F) || within(scalar, 0x2100, 0x27BF) || isListedEmoji(scalar);
 }
 
 bool isListedEmoji(char32_t scalar) noexcept {
+    // Most of what a text has lies here, between the last two symbols of the list and its surrogates.
+    if (scalar < 0x00A9 || within(scalar, 0x329A, 0xFE0E)) return false;
     // The list is of UTF-16 units; these are all that can begin a text, the last two as high surrogates.
     switch (scalar < 0x10000 ? scalar : 0xD7C0 + (scalar >> 10U)) {
         case 0x00A9:
@@ -120,10 +121,17 @@ bool isListedKeycap(std::string_view text) noexcept {
            (mark == kSelectorThenMark || mark == kMarkThenSelector);
 }
 
-std::size_t EmojiScanner::candidate(std::size_t from) const noexcept {
+DecodedScalar EmojiScanner::scalarAt(std::size_t position) const noexcept {
+    return firstScalar({text_.data() + position, text_.size() - position});
+}
+
+EmojiScanner::Candidate EmojiScanner::candidate(std::size_t from) const noexcept {
     std::size_t position = from;
     // Emoji like company.
-    if (from < text_.size() && isCandidate(firstScalar(text_.substr(from)).value)) return from;
+    if (from < text_.size()) {
+        const auto scalar = scalarAt(from);
+        if (isCandidate(scalar.value)) return {from, scalar};
+    }
     while (position + kBlock + 2 <= text_.size()) {
         const char* bytes = text_.data() + position;
         const std::size_t match = firstMatch(mayBegin(load(bytes), load(bytes + 1), load(bytes + 2)));
@@ -132,11 +140,15 @@ std::size_t EmojiScanner::candidate(std::size_t from) const noexcept {
             if (isASCII(bytes[kBlock - 1])) position = passASCII(text_, position);
             continue;
         }
-        if (isCandidate(firstScalar(text_.substr(position)).value)) return position;
+        const auto scalar = scalarAt(position);
+        if (isCandidate(scalar.value)) return {position, scalar};
         ++position;
     }
-    while (position < text_.size() && !isCandidate(firstScalar(text_.substr(position)).value)) ++position;
-    return position;
+    for (; position < text_.size(); ++position) {
+        const auto scalar = scalarAt(position);
+        if (isCandidate(scalar.value)) return {position, scalar};
+    }
+    return {position, {}};
 }
 
 /// The keycap that the selector or mark at `mark` belongs to.
@@ -153,13 +165,12 @@ std::optional<EmojiScanner::Found> EmojiScanner::keycapAround(std::size_t mark) 
 
 std::optional<EmojiScanner::Found> EmojiScanner::next() {
     for (;;) {
-        const std::size_t begin = candidate(position_);
+        const auto [begin, scalar] = candidate(position_);
         if (begin >= text_.size()) return std::nullopt;
-        const auto scalar = firstScalar(text_.substr(begin));
         std::optional<Found> found;
         if (scalar.value != kKeycapMark &&
-            (begin == floor_ || composedSequenceBegins(text_, floor_, begin))) {
-            found = Found{begin, composedSequenceEnd(text_, begin)};
+            (begin == floor_ || composedSequenceBegins(text_, floor_, begin, scalar))) {
+            found = Found{begin, composedSequenceEnd(text_, begin, scalar)};
         } else if (scalar.value == kKeycapMark || scalar.value == kVariationSelector) {
             found = keycapAround(begin);
         }

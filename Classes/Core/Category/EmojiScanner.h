@@ -5,6 +5,8 @@
 #include <optional>
 #include <string_view>
 
+#include "Platform/Foundation/Text/Utf8.h"
+
 namespace zqcore {
 
 /// Whether a sequence that begins with `scalar` is an emoji, keycaps apart.
@@ -31,7 +33,12 @@ class EmojiScanner final {
     [[nodiscard]] std::optional<Found> next();
 
   private:
-    [[nodiscard]] std::size_t candidate(std::size_t from) const noexcept;
+    struct Candidate {
+        std::size_t begin;
+        platform::DecodedScalar scalar;
+    };
+    [[nodiscard]] Candidate candidate(std::size_t from) const noexcept;
+    [[nodiscard]] platform::DecodedScalar scalarAt(std::size_t position) const noexcept;
     [[nodiscard]] std::optional<Found> keycapAround(std::size_t mark) const;
 
     std::string_view text_;

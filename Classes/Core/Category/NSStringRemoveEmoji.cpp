@@ -37,7 +37,7 @@ std::string zq_stringByReplaceingEmojiWithString(std::string_view text, std::str
     std::size_t copied = 0;
     enumerateEmoji(text, [&](EmojiScanner::Found found, std::string_view) {
         result.append(text, copied, found.begin - copied);
-        result.append(replacement);
+        if (!replacement.empty()) result.append(replacement);
         copied = found.end;
     });
     result.append(text, copied);

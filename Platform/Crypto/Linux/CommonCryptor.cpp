@@ -62,14 +62,18 @@ CCCryptorStatus encrypt(EVP_CIPHER_CTX* context, std::span<const std::uint8_t> d
 }
 
 /// The padding is judged here, since the library would leave its complaint in the thread's error queue, which
-/// belongs to whoever else uses it. It keeps the last block back until more comes, so one more follows.
+/// belongs to whoever else uses it. So the blocks go by the call that does nothing but decrypt them: the
+/// streaming one keeps the last block back, to look for padding in it.
 CCCryptorStatus decrypt(EVP_CIPHER_CTX* context, std::span<const std::uint8_t> dataIn, std::uint8_t* dataOut,
                         std::size_t& dataOutMoved) {
-    constexpr std::uint8_t kOneMore[kCCBlockSizeAES128] = {};
     auto* output = dataOut;
-    if (!update(context, dataIn, output) || !update(context, kOneMore, output) ||
-        output != dataOut + dataIn.size()) {
-        return kCCUnspecifiedError;
+    for (auto input = dataIn; !input.empty();) {
+        const auto step = std::min(input.size(), kLargestStep);
+        if (EVP_Cipher(context, output, input.data(), static_cast<unsigned>(step)) <= 0) {
+            return kCCUnspecifiedError;
+        }
+        output += step;
+        input = input.subspan(step);
     }
     const auto length = unpaddedLength({dataOut, dataIn.size()});
     if (!length) return kCCDecodeError;

@@ -23,24 +23,23 @@ inline constexpr char32_t kReplacementCharacter = 0xFFFD;
 /// of no bytes. Any thread.
 [[nodiscard]] inline DecodedScalar firstScalar(std::string_view text) noexcept {
     if (text.empty()) return {};
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const auto continues = [&](std::size_t i) { return (byte(i) & 0xC0U) == 0x80U; };
     constexpr DecodedScalar kBroken{kReplacementCharacter, 1};
-    const unsigned lead = byte(0);
+    const unsigned lead = static_cast<unsigned char>(text[0]);
+    // What a continuation byte carries; one that is none has more than six bits.
+    const auto carried = [&](std::size_t i) -> unsigned { return static_cast<unsigned char>(text[i]) ^ 0x80U; };
     if (lead < 0x80) return {lead, 1};
     if (lead < 0xE0) {
-        if (lead < 0xC2 || text.size() < 2 || !continues(1)) return kBroken;
-        return {(lead & 0x1FU) << 6U | (byte(1) & 0x3FU), 2};
+        if (lead < 0xC2 || text.size() < 2 || carried(1) > 0x3F) return kBroken;
+        return {(lead & 0x1FU) << 6U | carried(1), 2};
     }
     if (lead < 0xF0) {
-        if (text.size() < 3 || !continues(1) || !continues(2)) return kBroken;
-        const char32_t value = (lead & 0x0FU) << 12U | (byte(1) & 0x3FU) << 6U | (byte(2) & 0x3FU);
+        if (text.size() < 3 || (carried(1) | carried(2)) > 0x3F) return kBroken;
+        const char32_t value = (lead & 0x0FU) << 12U | carried(1) << 6U | carried(2);
         if (value < 0x800 || (value >= 0xD800 && value < 0xE000)) return kBroken;
         return {value, 3};
     }
-    if (text.size() < 4 || !continues(1) || !continues(2) || !continues(3)) return kBroken;
-    const char32_t value =
-        (lead & 0x0FU) << 18U | (byte(1) & 0x3FU) << 12U | (byte(2) & 0x3FU) << 6U | (byte(3) & 0x3FU);
+    if (text.size() < 4 || (carried(1) | carried(2) | carried(3)) > 0x3F) return kBroken;
+    const char32_t value = (lead & 0x0FU) << 18U | carried(1) << 12U | carried(2) << 6U | carried(3);
     if (value < 0x10000 || value > 0x10FFFF) return kBroken;
     return {value, 4};
 }

@@ -83,6 +83,8 @@ Kind kindOf(char32_t scalar) {
     return (*page)[scalar % kPageSize];
 }
 
+bool isASCII(char byte) { return static_cast<signed char>(byte) >= 0; }
+
 bool extends(Kind kind) {
     return kind == Kind::extending || kind == Kind::spacingMark || kind == Kind::joiner;
 }
@@ -94,6 +96,7 @@ struct Previous {
 };
 
 Previous previousScalar(std::string_view text, std::size_t floor, std::size_t end) {
+    if (isASCII(text[end - 1])) return {end - 1, kindOf(static_cast<char32_t>(text[end - 1]))};
     std::size_t begin = end - 1;
     while (begin > floor && end - begin < 4 && (static_cast<unsigned char>(text[begin]) & 0xC0U) == 0x80U) {
         --begin;
@@ -139,8 +142,7 @@ bool beginsByIterator(std::string_view text, std::size_t floor, std::size_t posi
 
 }  // namespace
 
-std::size_t composedSequenceEnd(std::string_view text, std::size_t begin) {
-    const auto first = firstScalar(text.substr(begin));
+std::size_t composedSequenceEnd(std::string_view text, std::size_t begin, DecodedScalar first) {
     const Kind firstKind = kindOf(first.value);
     std::size_t end = begin + first.length;
     if (firstKind == Kind::control) return end;
@@ -149,7 +151,8 @@ std::size_t composedSequenceEnd(std::string_view text, std::size_t begin) {
     // A pictograph and what extends it can be joined to the next one, but for spacing marks.
     bool pictographOpen = firstKind == Kind::pictograph;
     bool afterJoiner = false;
-    while (end < text.size()) {
+    // No ASCII character joins what is before it.
+    while (end < text.size() && !isASCII(text[end])) {
         const auto next = firstScalar(text.substr(end));
         const Kind kind = kindOf(next.value);
         if (extends(kind)) {
@@ -166,10 +169,11 @@ std::size_t composedSequenceEnd(std::string_view text, std::size_t begin) {
     return end;
 }
 
-bool composedSequenceBegins(std::string_view text, std::size_t floor, std::size_t position) {
+bool composedSequenceBegins(std::string_view text, std::size_t floor, std::size_t position,
+                            DecodedScalar first) {
     if (position <= floor || position == text.size()) return true;
+    const Kind kind = kindOf(first.value);
     const auto previous = previousScalar(text, floor, position);
-    const Kind kind = kindOf(firstScalar(text.substr(position)).value);
     if (kind == Kind::control || previous.kind == Kind::control) return true;
     if (extends(kind) || previous.kind == Kind::prefix) return false;
     if (kind == Kind::contextual && (previous.kind == Kind::contextual || extends(previous.kind))) {
