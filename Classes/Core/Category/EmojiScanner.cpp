@@ -1,6 +1,5 @@
 #include "Classes/Core/Category/EmojiScanner.h"
 
-#include <array>
 #include <bit>
 #include <cstring>
 
@@ -28,9 +27,11 @@ Block load(const char* bytes) noexcept {
     return block;
 }
 
+using Halves = std::uint64_t __attribute__((vector_size(16)));
+
 /// Where in a block of comparison results the first match lies; the block's size if nowhere.
 std::size_t firstMatch(Block matches) noexcept {
-    const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(matches);
+    const auto halves = (Halves)matches;
     static_assert(std::endian::native == std::endian::little);
     if (halves[0] != 0) return static_cast<std::size_t>(std::countr_zero(halves[0])) / 8;
     if (halves[1] != 0) return 8 + static_cast<std::size_t>(std::countr_zero(halves[1])) / 8;
@@ -41,9 +42,8 @@ std::size_t firstMatch(Block matches) noexcept {
 std::size_t passASCII(std::string_view text, std::size_t position) noexcept {
     while (position + 4 * kBlock <= text.size()) {
         const char* bytes = text.data() + position;
-        const auto all =
-            load(bytes) | load(bytes + kBlock) | load(bytes + 2 * kBlock) | load(bytes + 3 * kBlock);
-        const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(all);
+        const auto halves = (Halves)(load(bytes) | load(bytes + kBlock) | load(bytes + 2 * kBlock) |
+                                     load(bytes + 3 * kBlock));
         if ((halves[0] | halves[1]) & 0x8080808080808080U) break;
         position += 4 * kBlock;
     }
@@ -127,8 +127,8 @@ DecodedScalar EmojiScanner::scalarAt(std::size_t position) const noexcept {
 
 EmojiScanner::Candidate EmojiScanner::candidate(std::size_t from) const noexcept {
     std::size_t position = from;
-    // Emoji like company.
-    if (from < text_.size()) {
+    // Emoji like company, and what stands between two of them is short.
+    if (from < text_.size() && static_cast<unsigned char>(text_[from]) >= 0xEF) {
         const auto scalar = scalarAt(from);
         if (isCandidate(scalar.value)) return {from, scalar};
     }

@@ -26,7 +26,9 @@ inline constexpr char32_t kReplacementCharacter = 0xFFFD;
     constexpr DecodedScalar kBroken{kReplacementCharacter, 1};
     const unsigned lead = static_cast<unsigned char>(text[0]);
     // What a continuation byte carries; one that is none has more than six bits.
-    const auto carried = [&](std::size_t i) -> unsigned { return static_cast<unsigned char>(text[i]) ^ 0x80U; };
+    const auto carried = [&](std::size_t i) -> unsigned {
+        return static_cast<unsigned char>(text[i]) ^ 0x80U;
+    };
     if (lead < 0x80) return {lead, 1};
     if (lead < 0xE0) {
         if (lead < 0xC2 || text.size() < 2 || carried(1) > 0x3F) return kBroken;
