@@ -59,6 +59,7 @@ class FakeScriptingBus final : public platform::ScriptingBus {
         return platform::ScriptingServeStatus::noBus;
     }
     void stopServing(const std::string&) override {}
+    void whenGone(std::function<void()>) override {}
     bool broadcast(const platform::NSDistributedNotification& notification) override {
         const std::lock_guard lock(mutex_);
         posts_.push_back(notification);

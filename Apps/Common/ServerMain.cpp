@@ -62,7 +62,7 @@ const char* reason(ScriptingServeStatus status) {
 
 bool parseServerOptions(int argc, char** argv, ServerOptions& options, std::string_view help,
                         const std::function<bool(std::string_view, std::string_view)>& other) {
-    for (int i = 1; i < argc; i += 2) {
+    for (int i = 1; i < argc; ++i) {
         const std::string_view name = argv[i];
         if (name == "--help") {
             std::fwrite(help.data(), 1, help.size(), stdout);
@@ -81,6 +81,7 @@ bool parseServerOptions(int argc, char** argv, ServerOptions& options, std::stri
             std::fprintf(stderr, "%s: what is \"%s\"? --help tells the options\n", argv[0], argv[i]);
             return false;
         }
+        ++i;
     }
     return true;
 }
@@ -111,6 +112,14 @@ int runServer(const ServerOptions& options, NSScriptSuiteRegistry::CommandFactor
         ZQLogError([&] { return "can't serve " + identifier + ": " + reason(status); });
         std::fprintf(stderr, "can't serve %s: %s\n", identifier.c_str(), reason(status));
         return 1;
+    }
+    // A bus starts its services again when they are wanted. What one of them leaves behind would keep the
+    // session's pipes open for ever.
+    if (const char* starter = std::getenv("DBUS_STARTER_ADDRESS"); starter && *starter) {
+        NSScriptSuiteRegistry::whenBusIsGone([] {
+            ZQLogInfo([] { return std::string("the bus is gone"); });
+            RunLoop::main().stop();
+        });
     }
     ZQLogInfo([&] { return "serving " + identifier; });
     RunLoop::main().run();

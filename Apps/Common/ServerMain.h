@@ -11,8 +11,8 @@
 namespace demo {
 
 /// What both demonstration servers have in common: they claim their identifier, hear notifications, run the
-/// main loop, leave a report of a
-/// crash, and end on SIGTERM or SIGINT with their log flushed.
+/// main loop, leave a report of a crash, and end with their log flushed: on SIGTERM or SIGINT, and one that
+/// the bus started when that bus is gone.
 struct ServerOptions {
     /// Paths that this run acts as if it had never heard of, as an older release would.
     std::vector<std::string> without;

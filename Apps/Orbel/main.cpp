@@ -10,7 +10,8 @@ namespace {
 
 constexpr std::string_view kHelp =
     "usage: orbel [OPTIONS]\n\n"
-    "Serves the main application's requests over the session bus until SIGTERM or SIGINT.\n\n"
+    "Serves the main application's requests over the session bus until SIGTERM or SIGINT. Started by the\n"
+    "bus, it ends when that is gone.\n\n"
     "  --without PATH      acts as if it had never heard of that request, as an older release; may be "
     "repeated\n"
     "  --end-with PID      ends when that process ends\n"

@@ -12,7 +12,8 @@ using namespace demo;
 
 constexpr std::string_view kHelp =
     "usage: orbel-helper [OPTIONS]\n\n"
-    "Serves the helper's requests over the session bus until SIGTERM or SIGINT.\n\n"
+    "Serves the helper's requests over the session bus until SIGTERM or SIGINT. Started by the\n"
+    "bus, it ends when that is gone.\n\n"
     "  --current-app ID[,NAME[,VERSION]]  the application that is said to be in front\n"
     "  --selected-text TEXT               the text that is said to be selected there\n"
     "  --without PATH                     acts as if it had never heard of that request; may be repeated\n"

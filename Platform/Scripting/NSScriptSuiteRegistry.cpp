@@ -20,4 +20,9 @@ void NSScriptSuiteRegistry::stopServing(const std::string& identifier) {
     ScriptingBus::current().stopServing(identifier);
 }
 
+void NSScriptSuiteRegistry::whenBusIsGone(std::function<void()> handler) {
+    ScriptingBus::current().whenGone(
+        [handler = std::move(handler)] { DispatchQueue::main()->async(handler); });
+}
+
 }  // namespace zqcore::platform

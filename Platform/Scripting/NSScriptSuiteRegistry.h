@@ -29,6 +29,10 @@ class ZQ_EXPORT NSScriptSuiteRegistry final {
     /// round trip to the bus.
     static ScriptingServeStatus serve(const std::string& identifier, CommandFactory factory);
     static void stopServing(const std::string& identifier);
+    /// Calls `handler` on the main thread when the bus went and none came up in its place for 1.5 seconds, as
+    /// at the end of a session. A process that only serves may end then; one that stays is served again by
+    /// a bus that comes later.
+    static void whenBusIsGone(std::function<void()> handler);
 };
 
 }  // namespace zqcore::platform

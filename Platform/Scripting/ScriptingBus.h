@@ -75,6 +75,9 @@ class ZQ_EXPORT ScriptingBus {
     virtual ScriptingServeStatus serve(const std::string& identifier, CommandHandler handler) = 0;
     /// Gives `identifier` up; commands that arrived before may still answer.
     virtual void stopServing(const std::string& identifier) = 0;
+    /// Calls `handler` from then on, on a global queue, when a bus that this process served or listened on
+    /// was lost and none has come up in its place after 1.5 seconds. The process goes on looking for one.
+    virtual void whenGone(std::function<void()> handler) = 0;
 
     /// Sends a notification to everyone, this process included. False if it couldn't be handed to the bus.
     virtual bool broadcast(const NSDistributedNotification& notification) = 0;

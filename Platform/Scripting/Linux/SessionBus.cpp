@@ -19,6 +19,8 @@ constexpr const char* kDaemonPath = "/org/freedesktop/DBus";
 // use.
 constexpr std::chrono::milliseconds kFirstRetry{100};
 constexpr int kRetries = 9;
+// After four of them, 1.5 seconds, the bus counts as gone: one that is only started anew is up by then.
+constexpr int kRetriesUntilGone = 4;
 
 std::atomic<ScriptingBus*> installed{nullptr};
 
@@ -61,16 +63,27 @@ void SessionBus::lost() {
     openAgain(0);
 }
 
+void SessionBus::whenGone(std::function<void()> handler) {
+    // Swapped, so that the handler that goes is destroyed without the lock.
+    auto shared = std::make_shared<const std::function<void()>>(std::move(handler));
+    const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
+    gone_.swap(shared);
+}
+
 void SessionBus::openAgain(int attempt) {
     if (attempt == kRetries) return;
     DispatchQueue::global(DispatchQoS::utility)
         ->after(DispatchTime::now(kFirstRetry * (1 << attempt)), [this, attempt] {
             bool open = false;
+            std::shared_ptr<const std::function<void()>> gone;
             {
                 const BusConnection::Access access(connection_);
                 open = access.failure() == 0;
+                if (!open && attempt + 1 == kRetriesUntilGone) gone = gone_;
             }
-            if (!open) openAgain(attempt + 1);
+            if (open) return;
+            openAgain(attempt + 1);
+            if (gone && *gone) (*gone)();
         });
 }
 

@@ -32,6 +32,7 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     std::expected<Answer, NSError> request(const std::string& identifier, std::string_view text) override;
     ScriptingServeStatus serve(const std::string& identifier, CommandHandler handler) override;
     void stopServing(const std::string& identifier) override;
+    void whenGone(std::function<void()> handler) override;
     bool broadcast(const NSDistributedNotification& notification) override;
     std::shared_ptr<void> listen(const std::string& name, NotificationHandler handler) override;
 
@@ -100,6 +101,7 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     std::vector<std::shared_ptr<Listener>> listeners_;
     std::set<std::string, std::less<>> admitted_;
     std::map<std::string, Sender, std::less<>> judging_;
+    std::shared_ptr<const std::function<void()>> gone_;
 };
 
 }  // namespace zqcore::platform

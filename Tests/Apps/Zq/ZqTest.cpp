@@ -146,6 +146,16 @@ TEST_F(ZqTest, AServerThatNeverHeardOfARequestSaysSo) {
     EXPECT_EQ(zq({"send", "translate", "--to", kOrbel, "--body", R"({"action":"translateText"})"}).code, 1);
 }
 
+TEST_F(ZqTest, AServerThatTheBusStartedEndsWithIt) {
+    // A session of its own ends with its one program; what it started would hold the pipe open.
+    ChildProcess session({"dbus-run-session", "--", app("zq"), "info", "--to", kHelper});
+    const auto answer = JSONTool::decodeToJSONObject(session.readLine().value_or(""));
+    ASSERT_TRUE(answer && answer->asDictionary());
+    EXPECT_EQ(*answer->asDictionary()->find("status"), Value("success"));
+    EXPECT_EQ(session.readLine(), std::nullopt);
+    EXPECT_EQ(session.wait(), 0);
+}
+
 TEST_F(ZqTest, TheUserScriptCarriesSmallAndLargeTexts) {
     EXPECT_EQ(zq({"info", "--to", kHelper, "--via", "script"}).at({"status"}),
               Value("notInstalledAppleScript"));
