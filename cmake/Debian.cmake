@@ -3,8 +3,7 @@
 set(package_version ${PROJECT_VERSION})
 set(package_contact "ZQCore maintainers <maintainers@zqcore.invalid>")
 
-# Both honour SOURCE_DATE_EPOCH.
-string(TIMESTAMP package_year "%Y" UTC)
+# Honours SOURCE_DATE_EPOCH.
 string(TIMESTAMP package_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(cmake/debian/changelog.in ${CMAKE_BINARY_DIR}/debian/changelog @ONLY)
 configure_file(cmake/debian/copyright.in ${CMAKE_BINARY_DIR}/debian/copyright @ONLY)
