@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Platform/Base/Linux/ReleasedBy.h"
 #include "Platform/Dispatch/RunLoop.h"
 
 namespace zqcore::platform {
@@ -22,10 +23,6 @@ constexpr const char* kSettings = "org.freedesktop.portal.Settings";
 constexpr const char* kNamespace = "org.freedesktop.appearance";
 constexpr const char* kKey = "color-scheme";
 constexpr std::uint32_t kDark = 1;
-
-struct BusCloser {
-    void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
-};
 
 /// Reads the scheme in the variant at hand; the older method wraps it in a second variant.
 bool readScheme(sd_bus_message* message, std::uint32_t& scheme) {
@@ -132,7 +129,7 @@ class PortalAppearance::Connection final {
     }
 
     PortalAppearance& owner_;
-    std::unique_ptr<sd_bus, BusCloser> bus_;
+    std::unique_ptr<sd_bus, ReleasedBy<sd_bus_close_unref>> bus_;
     std::unique_ptr<RunLoop::Watch> watch_;
     short watched_ = 0;
     std::optional<DisplayAppearance> learned_;

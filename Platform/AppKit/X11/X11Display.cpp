@@ -298,13 +298,7 @@ DisplayWindowNumber X11Display::windowAt(CGPoint point) const {
     int x = 0;
     int y = 0;
     screens_.pixel(point, x, y);
-    const X11Connection::Use use(connection_);
-    const X11Reply<xcb_translate_coordinates_reply_t> reply{xcb_translate_coordinates_reply(
-        connection_.get(),
-        xcb_translate_coordinates(connection_.get(), connection_.root(), connection_.root(),
-                                  static_cast<std::int16_t>(x), static_cast<std::int16_t>(y)),
-        nullptr)};
-    return reply ? windowIn(reply->child, x, y) : 0;
+    return input_.windowAtPixel(x, y);
 }
 
 std::vector<DisplayWindowInfo> X11Display::windowList(bool onScreenOnly) const {

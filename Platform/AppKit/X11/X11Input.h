@@ -43,6 +43,8 @@ class X11Input final {
     [[nodiscard]] CGPoint pointer() const;
     /// While an event is told, as it was with that event.
     [[nodiscard]] unsigned pressedButtons() const;
+    /// Our window that shows there, 0 for none.
+    [[nodiscard]] DisplayWindowNumber windowAtPixel(int x, int y) const;
 
   private:
     struct Pointer {
@@ -65,7 +67,6 @@ class X11Input final {
         xcb_timestamp_t time = 0;
     };
     [[nodiscard]] Pointer query() const;
-    [[nodiscard]] DisplayWindowNumber windowAtPixel(int x, int y) const;
     void button(const xcb_button_press_event_t& event, bool down);
     void motion(const xcb_motion_notify_event_t& event);
     void leave(const xcb_leave_notify_event_t& event);

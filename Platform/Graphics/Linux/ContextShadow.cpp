@@ -17,12 +17,18 @@ struct DeviceBox {
     [[nodiscard]] bool isEmpty() const noexcept { return !(right > left && bottom > top); }
 };
 
-DeviceBox clipInDevice(cairo_t* cairo) {
+/// What `extents` tells, in device pixels.
+DeviceBox inDevice(cairo_t* cairo, decltype(cairo_clip_extents)& extents) {
     DeviceBox box;
     cairo_save(cairo);
     cairo_identity_matrix(cairo);
-    cairo_clip_extents(cairo, &box.left, &box.top, &box.right, &box.bottom);
+    extents(cairo, &box.left, &box.top, &box.right, &box.bottom);
     cairo_restore(cairo);
+    return box;
+}
+
+DeviceBox clipInDevice(cairo_t* cairo) {
+    const DeviceBox box = inDevice(cairo, cairo_clip_extents);
     return {std::floor(box.left), std::floor(box.top), std::ceil(box.right), std::ceil(box.bottom)};
 }
 
@@ -84,15 +90,6 @@ DeviceBox workBox(const DeviceBox& shape, const DeviceBox& clip, const Blur& blu
             std::min(std::ceil(shape.bottom) + reach, seen.bottom)};
 }
 
-DeviceBox fillExtentsInDevice(cairo_t* cairo) {
-    DeviceBox box;
-    cairo_save(cairo);
-    cairo_identity_matrix(cairo);
-    cairo_path_extents(cairo, &box.left, &box.top, &box.right, &box.bottom);
-    cairo_restore(cairo);
-    return box;
-}
-
 }  // namespace
 
 void drawPathShadow(cairo_t* cairo, const CGPath& path, const CGShadow& shadow) {
@@ -100,7 +97,7 @@ void drawPathShadow(cairo_t* cairo, const CGPath& path, const CGShadow& shadow) 
     const Blur blur = blurOf(cairo, shadow);
     const DeviceBox clip = clipInDevice(cairo);
     addToCairo(cairo, path);
-    const DeviceBox box = workBox(fillExtentsInDevice(cairo), clip, blur);
+    const DeviceBox box = workBox(inDevice(cairo, cairo_path_extents), clip, blur);
     cairo_new_path(cairo);
     if (clip.isEmpty() || box.isEmpty()) return;
     show(cairo, box, blur, shadow.color, [&](cairo_t* shape) {

@@ -133,7 +133,7 @@ bool systemHasFonts() {
     return any;
 }
 
-using ContextHandle = std::unique_ptr<PangoContext, GObjectRelease>;
+using ContextHandle = std::unique_ptr<PangoContext, ReleasedBy<g_object_unref>>;
 
 ContextHandle makeContext(FcConfig* config) {
     PangoFontMap* map = pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT);

@@ -7,20 +7,13 @@
 
 #include "Platform/Base/CGGeometry.h"
 #include "Platform/Base/Export.h"
+#include "Platform/Base/Linux/ReleasedBy.h"
 
 namespace zqcore::platform {
 
-struct GObjectRelease {
-    void operator()(void* object) const noexcept { g_object_unref(object); }
-};
-using PangoLayoutHandle = std::unique_ptr<PangoLayout, GObjectRelease>;
+using PangoLayoutHandle = std::unique_ptr<PangoLayout, ReleasedBy<g_object_unref>>;
 
-struct PangoFontDescriptionRelease {
-    void operator()(PangoFontDescription* description) const noexcept {
-        pango_font_description_free(description);
-    }
-};
-using FontDescription = std::unique_ptr<PangoFontDescription, PangoFontDescriptionRelease>;
+using FontDescription = std::unique_ptr<PangoFontDescription, ReleasedBy<pango_font_description_free>>;
 
 /// The calling thread's context over the pinned fonts; null if there is no font at all.
 [[nodiscard]] PangoContext* pinnedTextContext();

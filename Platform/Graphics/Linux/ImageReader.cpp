@@ -3,22 +3,15 @@
 #include <cstdlib>
 #include <memory>
 
+#include "Platform/Base/Linux/ReleasedBy.h"
 #include "Platform/Graphics/ImageCoding.h"
 
 namespace zqcore::platform {
 
 namespace {
 
-template <auto Release>
-struct GLibRelease {
-    template <class T>
-    void operator()(T* object) const noexcept {
-        Release(object);
-    }
-};
-
-using Loader = std::unique_ptr<GdkPixbufLoader, GLibRelease<g_object_unref>>;
-using Pixbuf = std::unique_ptr<GdkPixbuf, GLibRelease<g_object_unref>>;
+using Loader = std::unique_ptr<GdkPixbufLoader, ReleasedBy<g_object_unref>>;
+using Pixbuf = std::unique_ptr<GdkPixbuf, ReleasedBy<g_object_unref>>;
 
 bool isTooLarge(std::int64_t width, std::int64_t height) {
     return width > PixelBuffer::kLargestSide || height > PixelBuffer::kLargestSide ||

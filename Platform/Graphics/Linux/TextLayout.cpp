@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Base/Linux/ReleasedBy.h"
 #include "Platform/Foundation/Text/Character.h"
 #include "Platform/Foundation/Text/Utf16.h"
 #include "Platform/Graphics/CGContext.h"
@@ -36,10 +37,7 @@ struct Line {
     bool rightToLeft;
 };
 
-struct AttributesRelease {
-    void operator()(PangoAttrList* list) const noexcept { pango_attr_list_unref(list); }
-};
-using Attributes = std::unique_ptr<PangoAttrList, AttributesRelease>;
+using Attributes = std::unique_ptr<PangoAttrList, ReleasedBy<pango_attr_list_unref>>;
 
 /// What pango takes: valid UTF-8 without NUL, with as many UTF-16 units as before.
 std::string layoutText(std::string_view text) {

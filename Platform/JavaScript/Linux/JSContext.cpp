@@ -7,25 +7,15 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Base/Linux/ReleasedBy.h"
 #include "Platform/Foundation/Text/Utf16.h"
 
 namespace zqcore::platform {
 
 namespace {
 
-struct StringRelease {
-    void operator()(JSStringRef text) const noexcept { JSStringRelease(text); }
-};
-using ScriptString = std::unique_ptr<OpaqueJSString, StringRelease>;
-
-struct PropertyNamesRelease {
-    void operator()(JSPropertyNameArrayRef names) const noexcept { JSPropertyNameArrayRelease(names); }
-};
-using PropertyNames = std::unique_ptr<OpaqueJSPropertyNameArray, PropertyNamesRelease>;
-
-struct ContextRelease {
-    void operator()(JSGlobalContextRef context) const noexcept { JSGlobalContextRelease(context); }
-};
+using ScriptString = std::unique_ptr<OpaqueJSString, ReleasedBy<JSStringRelease>>;
+using PropertyNames = std::unique_ptr<OpaqueJSPropertyNameArray, ReleasedBy<JSPropertyNameArrayRelease>>;
 
 /// By units with their count: the engine's own UTF-8 forms end at a NUL.
 ScriptString toScript(std::string_view text) {
@@ -163,7 +153,8 @@ class ScriptValue final : public JSValue {
 }  // namespace
 
 struct JSContext::Engine {
-    std::shared_ptr<OpaqueJSContext> context{JSGlobalContextCreate(nullptr), ContextRelease()};
+    std::shared_ptr<OpaqueJSContext> context{JSGlobalContextCreate(nullptr),
+                                             ReleasedBy<JSGlobalContextRelease>()};
 };
 
 JSContext::JSContext() : engine_(std::make_unique<Engine>()) {}

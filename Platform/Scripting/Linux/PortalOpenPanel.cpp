@@ -10,6 +10,8 @@
 #include <thread>
 #include <utility>
 
+#include "Platform/Base/Linux/ReleasedBy.h"
+
 namespace zqcore::platform {
 namespace {
 
@@ -19,16 +21,9 @@ constexpr const char* kFileChooser = "org.freedesktop.portal.FileChooser";
 constexpr const char* kToken = "zqcore";
 constexpr std::uint32_t kChosen = 0;
 
-template <auto Release>
-struct Releaser {
-    template <class T>
-    void operator()(T* object) const noexcept {
-        Release(object);
-    }
-};
-using Bus = std::unique_ptr<sd_bus, Releaser<&sd_bus_flush_close_unref>>;
-using Message = std::unique_ptr<sd_bus_message, Releaser<&sd_bus_message_unref>>;
-using Slot = std::unique_ptr<sd_bus_slot, Releaser<&sd_bus_slot_unref>>;
+using Bus = std::unique_ptr<sd_bus, ReleasedBy<sd_bus_flush_close_unref>>;
+using Message = std::unique_ptr<sd_bus_message, ReleasedBy<sd_bus_message_unref>>;
+using Slot = std::unique_ptr<sd_bus_slot, ReleasedBy<sd_bus_slot_unref>>;
 
 /// What the portal is asked for.
 struct Settings {

@@ -11,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "Platform/Base/Linux/ReleasedBy.h"
 #include "Platform/Scripting/Linux/Subprocess.h"
 #include "Platform/Scripting/NSWorkspace.h"
 
@@ -43,15 +44,11 @@ bool hasScheme(const std::string& url) {
     return true;
 }
 
-struct CloseBus {
-    void operator()(sd_bus* bus) const noexcept { sd_bus_flush_close_unref(bus); }
-};
-
 /// Whether the portal took the request. What the user's choice was comes later, and nobody waits for it.
 bool openByPortal(const std::string& url) {
     sd_bus* opened = nullptr;
     if (sd_bus_open_user(&opened) < 0) return false;
-    const std::unique_ptr<sd_bus, CloseBus> bus(opened);
+    const std::unique_ptr<sd_bus, ReleasedBy<sd_bus_flush_close_unref>> bus(opened);
     sd_bus_set_method_call_timeout(opened, kPortalLimit);
     return sd_bus_call_method(opened, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
                               "org.freedesktop.portal.OpenURI", "OpenURI", nullptr, nullptr, "ssa{sv}", "",

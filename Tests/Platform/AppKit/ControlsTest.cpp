@@ -14,6 +14,7 @@
 #include "Platform/Graphics/CGRect.h"
 #include "Platform/Graphics/NSFont.h"
 #include "Platform/QuartzCore/CALayer.h"
+#include "TestKit/UI/FlippedView.h"
 #include "TestKit/UI/HeadlessApplication.h"
 
 namespace zqcore {
@@ -33,12 +34,6 @@ class Box : public NSView {
 
   private:
     CGSize size_;
-};
-
-class FlippedView : public NSView {
-  public:
-    using NSView::NSView;
-    [[nodiscard]] bool isFlipped() const override { return true; }
 };
 
 TEST_F(ControlsTest, TextFieldsMeasureByLines) {
@@ -126,7 +121,8 @@ TEST_F(ControlsTest, StacksPlaceTheirViewsByConstraints) {
 class ScrollTest : public ControlsTest {
   protected:
     std::shared_ptr<NSScrollView> scroll = makeObject<NSScrollView>(CGRectMake(0, 0, 100, 100));
-    std::shared_ptr<FlippedView> document = makeObject<FlippedView>(CGRectMake(0, 0, 100, 250));
+    std::shared_ptr<testkit::FlippedView> document =
+        makeObject<testkit::FlippedView>(CGRectMake(0, 0, 100, 250));
     int posts = 0;
     std::shared_ptr<NSObject> token;
 

@@ -11,16 +11,11 @@
 #include "Platform/Graphics/NSColor.h"
 #include "Platform/Graphics/NSPDFImageRep.h"
 #include "Platform/QuartzCore/CALayer.h"
+#include "TestKit/UI/FlippedView.h"
 #include "TestKit/UI/HeadlessApplication.h"
 
 namespace zqcore {
 namespace {
-
-class FlippedView : public NSView {
-  public:
-    using NSView::NSView;
-    [[nodiscard]] bool isFlipped() const override { return true; }
-};
 
 class NSViewDrawingTest : public testing::TestWithParam<int> {
   protected:
@@ -32,7 +27,7 @@ class NSViewDrawingTest : public testing::TestWithParam<int> {
 
     void SetUp() override { window->setBackgroundColor(NSColor::whiteColor()); }
     std::shared_ptr<NSView> box(const CGRect& frame, const CGColor& color, bool flipped = false) {
-        auto view = flipped ? makeObject<FlippedView>(frame) : makeObject<NSView>(frame);
+        auto view = flipped ? makeObject<testkit::FlippedView>(frame) : makeObject<NSView>(frame);
         view->layer()->setBackgroundColor(color);
         return view;
     }
@@ -110,7 +105,7 @@ INSTANTIATE_TEST_SUITE_P(AtScale, NSViewDrawingTest, testing::Values(1, 2));
 TEST(NSViewPrintingTest, APageShowsThePartAskedFor) {
     const testkit::HeadlessApplication ui;
     for (const bool flipped : {false, true}) {
-        const auto view = flipped ? makeObject<FlippedView>(CGRectMake(50, 60, 20, 20))
+        const auto view = flipped ? makeObject<testkit::FlippedView>(CGRectMake(50, 60, 20, 20))
                                   : makeObject<NSView>(CGRectMake(50, 60, 20, 20));
         const auto mark = makeObject<NSView>(CGRectMake(4, 12, 2, 2));
         mark->layer()->setBackgroundColor(CGColor::rgb(1, 0, 0));

@@ -9,16 +9,11 @@
 #include "Platform/Base/NSLog.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Platform/Graphics/CGRect.h"
+#include "TestKit/UI/FlippedView.h"
 #include "TestKit/UI/HeadlessApplication.h"
 
 namespace zqcore {
 namespace {
-
-class FlippedView : public NSView {
-  public:
-    using NSView::NSView;
-    [[nodiscard]] bool isFlipped() const override { return true; }
-};
 
 class NSViewTest : public testing::Test {
   protected:
@@ -42,9 +37,9 @@ TEST_F(NSViewTest, ConvertsThroughFlipsAndBoundsOrigins) {
         {false, true, {0, 0}, {2, 4}, {68, 89}},
     };
     for (const Case& c : cases) {
-        const auto outer = c.outerFlipped ? makeObject<FlippedView>(CGRectMake(20, 30, 200, 100))
+        const auto outer = c.outerFlipped ? makeObject<testkit::FlippedView>(CGRectMake(20, 30, 200, 100))
                                           : makeObject<NSView>(CGRectMake(20, 30, 200, 100));
-        const auto inner = c.innerFlipped ? makeObject<FlippedView>(CGRectMake(40, 10, 60, 50))
+        const auto inner = c.innerFlipped ? makeObject<testkit::FlippedView>(CGRectMake(40, 10, 60, 50))
                                           : makeObject<NSView>(CGRectMake(40, 10, 60, 50));
         content->addSubview(outer);
         outer->addSubview(inner);
@@ -56,7 +51,7 @@ TEST_F(NSViewTest, ConvertsThroughFlipsAndBoundsOrigins) {
         EXPECT_EQ(content->convertPointFromView({10, 5}, inner), c.window) << "the content fills the window";
         outer->removeFromSuperview();
     }
-    const auto flipped = makeObject<FlippedView>(CGRectMake(0, 0, 400, 300));
+    const auto flipped = makeObject<testkit::FlippedView>(CGRectMake(0, 0, 400, 300));
     content->addSubview(flipped);
     EXPECT_EQ(flipped->convertRectToView({{10, 20}, {30, 40}}, nullptr), CGRectMake(10, 240, 30, 40));
     EXPECT_EQ(window->convertRectToScreen({{10, 240}, {30, 40}}), CGRectMake(110, 440, 30, 40));
@@ -64,7 +59,7 @@ TEST_F(NSViewTest, ConvertsThroughFlipsAndBoundsOrigins) {
 
 TEST_F(NSViewTest, HitsTheFrontmostViewUnderThePoint) {
     const auto back = makeObject<NSView>(CGRectMake(0, 0, 100, 100));
-    const auto front = makeObject<FlippedView>(CGRectMake(50, 50, 100, 100));
+    const auto front = makeObject<testkit::FlippedView>(CGRectMake(50, 50, 100, 100));
     const auto outside = makeObject<NSView>(CGRectMake(90, 10, 50, 20));  // reaches out of its parent
     content->addSubview(back);
     content->addSubview(front);

@@ -6,15 +6,13 @@
 #include <algorithm>
 #include <memory>
 
+#include "Platform/Base/Linux/ReleasedBy.h"
 #include "Platform/Foundation/Text/Utf8.h"
 
 namespace zqcore::platform {
 namespace {
 
-struct CloseIterator {
-    void operator()(UBreakIterator* iterator) const noexcept { ubrk_close(iterator); }
-};
-using BreakIterator = std::unique_ptr<UBreakIterator, CloseIterator>;
+using BreakIterator = std::unique_ptr<UBreakIterator, ReleasedBy<ubrk_close>>;
 
 /// A break iterator of this thread's own. Cloning one is far cheaper than making one. Null without ICU data.
 UBreakIterator* threadIterator() {

@@ -14,16 +14,11 @@
 #include "Platform/Graphics/CGRect.h"
 #include "Platform/Graphics/NSColor.h"
 #include "Platform/QuartzCore/CALayer.h"
+#include "TestKit/UI/FlippedView.h"
 #include "TestKit/UI/HeadlessApplication.h"
 
 namespace zqcore {
 namespace {
-
-class FlippedView final : public NSView {
-  public:
-    using NSView::NSView;
-    [[nodiscard]] bool isFlipped() const override { return true; }
-};
 
 class NSViewExtensionTest : public testing::Test {
   protected:
@@ -84,9 +79,9 @@ TEST_F(NSViewExtensionTest, SnapshotsShowTheViewUpright) {
     for (const bool superIsFlipped : {false, true}) {
         for (const bool isFlipped : {false, true}) {
             const CGRect frame = CGRectMake(30, 10, 8, 4);
-            const auto outer = superIsFlipped ? makeObject<FlippedView>(CGRectMake(0, 0, 100, 100))
+            const auto outer = superIsFlipped ? makeObject<testkit::FlippedView>(CGRectMake(0, 0, 100, 100))
                                               : makeObject<NSView>(CGRectMake(0, 0, 100, 100));
-            const auto shot = isFlipped ? makeObject<FlippedView>(frame) : makeObject<NSView>(frame);
+            const auto shot = isFlipped ? makeObject<testkit::FlippedView>(frame) : makeObject<NSView>(frame);
             const auto quarter = makeObject<NSView>(CGRectMake(0, isFlipped ? 0 : 2, 4, 2));
             setBackgroundColor(*shot, NSColor::whiteColor());
             setBackgroundColor(*quarter, NSColor::colorWithRGBA(1, 0, 0));
@@ -177,13 +172,13 @@ TEST_F(NSViewExtensionTest, GeometryOfViewsMovesTheFrame) {
     };
     for (const auto& [what, write, plain, flipped] : cases) {
         const auto plainView = makeObject<NSView>(CGRectMake(10, 20, 100, 50));
-        const auto flippedView = makeObject<FlippedView>(CGRectMake(10, 20, 100, 50));
+        const auto flippedView = makeObject<testkit::FlippedView>(CGRectMake(10, 20, 100, 50));
         write(geometry(*plainView));
         write(geometry(*flippedView));
         EXPECT_EQ(plainView->frame(), plain) << what << NSStringFromRect(plainView->frame());
         EXPECT_EQ(flippedView->frame(), flipped) << what << NSStringFromRect(flippedView->frame());
     }
-    const auto flippedView = makeObject<FlippedView>(CGRectMake(10, 20, 100, 50));
+    const auto flippedView = makeObject<testkit::FlippedView>(CGRectMake(10, 20, 100, 50));
     EXPECT_EQ(geometry(*view).top(), 70);
     EXPECT_EQ(geometry(*flippedView).top(), 20);
     EXPECT_EQ(geometry(*view).topRight(), (CGPoint{110, 70}));
