@@ -1,7 +1,8 @@
 #include "Platform/Layout/LayoutSystem.h"
 
 #include <algorithm>
-#include <cstdio>
+
+#include "Platform/Base/NSLog.h"
 
 namespace zqcore::platform {
 namespace {
@@ -134,9 +135,7 @@ double LayoutEngine::System::constantOf(const Equation& equation) const {
 
 void LayoutEngine::System::report(const NSLayoutConstraint& dropped) {
     if (!reported_.insert(dropped.age_).second) return;
-    const std::string line =
-        "Unable to satisfy all required constraints; dropped the newest: " + dropped.description() + "\n";
-    std::fputs(line.c_str(), stderr);
+    NSLog("Unable to satisfy all required constraints; dropped the newest: " + dropped.description());
 }
 
 void LayoutEngine::System::addContentSizes() {

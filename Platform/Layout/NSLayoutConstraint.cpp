@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "Platform/Base/NSLog.h"
+
 namespace zqcore::platform {
 namespace {
 
@@ -117,8 +119,7 @@ LayoutItem* NSLayoutConstraint::commonSuperitem() const {
 void NSLayoutConstraint::activate() {
     LayoutItem* const holder = commonSuperitem();
     if (!holder) {
-        const std::string line = description() + " can't become active: its items share no view\n";
-        std::fputs(line.c_str(), stderr);
+        NSLog(description() + " can't become active: its items share no view");
         return;
     }
     holder_ = holder;

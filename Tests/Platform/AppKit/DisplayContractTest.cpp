@@ -2,9 +2,9 @@
 
 #include "Platform/AppKit/NSScreen.h"
 #include "Platform/AppKit/NSTrackingArea.h"
-#include "Platform/Base/NSLog.h"
 #include "Platform/Foundation/AXIsProcessTrusted.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
+#include "TestKit/PlatformReports.h"
 
 namespace zqcore {
 
@@ -230,8 +230,6 @@ TEST_P(DisplayContract, KeysOfOthersReachGlobalMonitorsOnlyUnderTrust) {
 }
 
 TEST_P(DisplayContract, ADisplayThatGoesAwayIsToldOnceAndLeavesEverythingStandingStill) {
-    static Words lines;
-    lines.clear();
     window = show(CGRectMake(100, 100, 100, 100));
     int told = 0;
     const auto token = NSNotificationCenter::defaultCenter().addObserverForName(
@@ -239,7 +237,7 @@ TEST_P(DisplayContract, ADisplayThatGoesAwayIsToldOnceAndLeavesEverythingStandin
             ++told;
             EXPECT_FALSE(window->isVisible());
         });
-    setNSLogHandler([](std::string_view line) { lines.emplace_back(line); });
+    testkit::PlatformReports reports;
     driver->lose();
     EXPECT_EQ(told, 1);
     EXPECT_FALSE(window->isVisible());
@@ -252,7 +250,7 @@ TEST_P(DisplayContract, ADisplayThatGoesAwayIsToldOnceAndLeavesEverythingStandin
     EXPECT_LE(show(CGRectMake(0, 0, 10, 10))->windowNumber(), 0);
     window->close();
     driver->settle();
-    setNSLogHandler(nullptr);
+    const Words lines = reports.take();
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_TRUE(lines[0].starts_with("The display is gone: ")) << lines[0];
     NSNotificationCenter::defaultCenter().removeObserver(token);

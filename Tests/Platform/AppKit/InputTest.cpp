@@ -6,8 +6,8 @@
 #include "Platform/AppKit/NSPanel.h"
 #include "Platform/AppKit/NSTextField.h"
 #include "Platform/AppKit/NSTrackingArea.h"
-#include "Platform/Base/NSLog.h"
 #include "Platform/Foundation/NSTimer.h"
+#include "TestKit/PlatformReports.h"
 #include "TestKit/UI/HeadlessApplication.h"
 #include "Tests/Platform/AppKit/DisplayContract.h"
 
@@ -284,9 +284,7 @@ TEST_F(InputTest, TheFirstPressOfAnInactiveApplicationOnlyActivates) {
 }
 
 TEST_F(InputTest, HandlersThatThrowCostALineAndNoMore) {
-    static Words lines;
-    lines.clear();
-    setNSLogHandler([](std::string_view line) { lines.emplace_back(line); });
+    testkit::PlatformReports reports;
     class Thrower : public NSView {
       public:
         using NSView::NSView;
@@ -298,9 +296,8 @@ TEST_F(InputTest, HandlersThatThrowCostALineAndNoMore) {
     ui.display().click({150, 150});
     NSTimer::scheduledTimerWithTimeInterval(1, false, [](NSTimer&) { throw std::runtime_error("late"); });
     ui.advance(1);
-    setNSLogHandler(nullptr);
-    EXPECT_EQ(lines, (Words{"event handler threw what is no exception", "event handler threw: down",
-                            "timer threw: late"}));
+    EXPECT_EQ(reports.take(), (Words{"event handler threw what is no exception", "event handler threw: down",
+                                     "timer threw: late"}));
 }
 
 }  // namespace

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "Platform/AppKit/NSWindow.h"
-#include "Platform/Base/NSLog.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Platform/Graphics/CGRect.h"
+#include "TestKit/PlatformReports.h"
 #include "TestKit/UI/FlippedView.h"
 #include "TestKit/UI/HeadlessApplication.h"
 
@@ -140,14 +140,12 @@ TEST_F(NSViewTest, SurvivesViewsThatChangeTheTreeOrThrowInTheirCallbacks) {
     EXPECT_EQ(leaver->superview(), nullptr);
     EXPECT_EQ(leaver->window(), nullptr);
     EXPECT_EQ(other->window(), window);
-    static std::vector<std::string> lines;
-    setNSLogHandler([](std::string_view line) { lines.emplace_back(line); });
+    testkit::PlatformReports reports;
     content->addSubview(makeObject<Thrower>());
     window->orderFront();
     ui.turn();
-    setNSLogHandler(nullptr);
-    EXPECT_EQ(lines, (std::vector<std::string>{"viewDidMoveToSuperview threw: no",
-                                               "layout threw what is no exception"}));
+    EXPECT_EQ(reports.take(), (std::vector<std::string>{"viewDidMoveToSuperview threw: no",
+                                                        "layout threw what is no exception"}));
     EXPECT_TRUE(window->isVisible());
 }
 

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "Platform/Foundation/NSImage.h"
+#include "TestKit/PlatformReports.h"
 #include "TestKit/TemporaryHome.h"
 
 namespace zqcore {
@@ -31,10 +32,12 @@ TEST(NSBundleTest, ReadsItsDictionaryAgainWhenTheFileChanged) {
     folder.write("Info.plist", plist("a.bc"));
     EXPECT_EQ(bundle->bundleIdentifier(), "a.bc");
     EXPECT_EQ(*before->find("CFBundleIdentifier"), Value("a.b")) << "what was given stays";
-    testing::internal::CaptureStderr();
+    testkit::PlatformReports reports;
     folder.write("Info.plist", "rubbish");
     EXPECT_EQ(bundle->bundleIdentifier(), "");
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("Info.plist"), std::string::npos);
+    const auto lines = reports.take();
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_NE(lines[0].find("Info.plist"), std::string::npos) << lines[0];
 }
 
 TEST(NSBundleTest, KnowsBothShapes) {

@@ -8,29 +8,18 @@
 
 #include <thread>
 
-#include "Platform/Base/NSLog.h"
 #include "Platform/Foundation/NSFileManager.h"
 #include "Platform/Foundation/PropertyList.h"
 #include "TestKit/FakeBundle.h"
 #include "TestKit/ManualClock.h"
+#include "TestKit/PlatformReports.h"
 #include "TestKit/TemporaryHome.h"
 
 namespace zqcore {
 namespace {
 
-std::vector<std::string>& reported() {
-    static std::vector<std::string> lines;
-    return lines;
-}
-
 class NSUserDefaultsTest : public testing::Test {
   protected:
-    NSUserDefaultsTest() {
-        setNSLogHandler([](std::string_view line) { reported().emplace_back(line); });
-        reported().clear();
-    }
-    ~NSUserDefaultsTest() override { setNSLogHandler(nullptr); }
-
     /// What the file holds, as any other program would read it.
     Value onDisk() const {
         const auto bytes = NSFileManager::defaultManager().contentsAtPath(path);
@@ -60,6 +49,7 @@ class NSUserDefaultsTest : public testing::Test {
         return child;
     }
 
+    testkit::PlatformReports reports;
     testkit::TemporaryFolder folder;
     const std::string path = folder / "app.plist";
 };
@@ -79,7 +69,7 @@ TEST_F(NSUserDefaultsTest, WritesAreSeenAtOnceAndReachTheFileALittleLater) {
     defaults->setObject(nullptr, "flag");
     clock.advance(std::chrono::seconds(1));
     EXPECT_EQ(onDisk(), Value(Value::Dictionary{}));
-    EXPECT_TRUE(reported().empty());
+    EXPECT_TRUE(reports.take().empty());
 }
 
 TEST_F(NSUserDefaultsTest, KindsStayApartInTheFile) {
@@ -120,8 +110,9 @@ TEST_F(NSUserDefaultsTest, RefusesWhatNoPropertyListHolds) {
     defaults->setObject(Value::Array{nullptr}, "k");
     defaults->setObject("\xFF", "k");
     EXPECT_EQ(defaults->objectForKey("k"), Value(1));
-    EXPECT_EQ(reported().size(), 2U);
-    EXPECT_EQ(reported().front(), "NSUserDefaults: no property list can hold .k[0]: null");
+    const auto reported = reports.take();
+    ASSERT_EQ(reported.size(), 2U);
+    EXPECT_EQ(reported.front(), "NSUserDefaults: no property list can hold .k[0]: null");
 }
 
 TEST_F(NSUserDefaultsTest, MergesWithWhatOthersWrote) {
@@ -141,14 +132,14 @@ TEST_F(NSUserDefaultsTest, MergesWithWhatOthersWrote) {
 TEST_F(NSUserDefaultsTest, SetsADamagedFileAside) {
     testkit::ManualClock clock;
     for (const char* damage : {"bplist00 rubbish", ""}) {
-        reported().clear();
         folder.write("app.plist", damage);
         {
             const auto defaults = NSUserDefaults::atPath(path);
             EXPECT_TRUE(defaults->dictionaryRepresentation().empty());
-            ASSERT_EQ(reported().size(), 1U);
-            EXPECT_NE(reported()[0].find(path + ".damaged-2024-01-02--03-04-05"), std::string::npos)
-                << reported()[0];
+            const auto reported = reports.take();
+            ASSERT_EQ(reported.size(), 1U);
+            EXPECT_NE(reported[0].find(path + ".damaged-2024-01-02--03-04-05"), std::string::npos)
+                << reported[0];
             defaults->setInteger(1, "k");
             EXPECT_TRUE(defaults->synchronize());
         }
@@ -166,7 +157,7 @@ TEST_F(NSUserDefaultsTest, AFileThatCannotBeReadIsLeftAlone) {
     defaults->setInteger(1, "k");
     EXPECT_FALSE(defaults->synchronize());
     EXPECT_EQ(defaults->objectForKey("k"), Value(1));
-    EXPECT_FALSE(reported().empty());
+    EXPECT_FALSE(reports.take().empty());
     ASSERT_TRUE(NSFileManager::defaultManager().removeItemAtPath(path));
     EXPECT_TRUE(defaults->synchronize()) << "what could not be written is written now";
     EXPECT_EQ(onDisk(), Value(Value::Dictionary{{"k", 1}}));
@@ -232,7 +223,7 @@ TEST_F(NSUserDefaultsTest, AKillInMidWriteLeavesOldOrNew) {
     defaults->setInteger(1, "after");
     EXPECT_TRUE(defaults->synchronize()) << "the lock of a dead process holds nobody up";
     EXPECT_EQ(filesOnDisk(), 2U) << "and what it left half written is gone";
-    EXPECT_TRUE(reported().empty());
+    EXPECT_TRUE(reports.take().empty());
 }
 
 TEST_F(NSUserDefaultsTest, LiesBelowTheLibraryFolderByIdentifier) {

@@ -1,14 +1,18 @@
 #include "Platform/Layout/LayoutEngine.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 
+#include "TestKit/PlatformReports.h"
 #include "Tests/Platform/Layout/TestItem.h"
 
 namespace zqcore::platform {
 namespace {
 
+using testing::ElementsAre;
+using testing::HasSubstr;
 using Attribute = NSLayoutAttribute;
 using Axis = NSLayoutConstraintOrientation;
 
@@ -131,12 +135,12 @@ TEST_F(LayoutEngineTest, TheNewestOfContradictingRequirementsFallsWithOneLine) {
     std::shared_ptr<MadeConstraint> newest;
     snp(first).makeConstraints(
         [&](ConstraintMaker& make) { newest = make.width().equalTo(60).constraint(); });
-    testing::internal::CaptureStderr();
+    testkit::PlatformReports reports;
     root.layout();
     first.invalidateIntrinsicContentSize();
     root.layout();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Unable to satisfy all required constraints; dropped the newest: <first>.width == 60\n");
+    EXPECT_THAT(reports.take(), ElementsAre("Unable to satisfy all required constraints; dropped the newest: "
+                                            "<first>.width == 60"));
     EXPECT_EQ(first.layoutFrame().size.width, 50);
     EXPECT_TRUE(newest->isActive());
     newest->updateOffset(50);
@@ -155,9 +159,9 @@ TEST_F(LayoutEngineTest, AnEditThatContradictsDropsTheNewestToo) {
     });
     root.layout();
     oldest->updateOffset(80);
-    testing::internal::CaptureStderr();
+    testkit::PlatformReports reports;
     root.layout();
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("<first>.width <= 70"), std::string::npos);
+    EXPECT_THAT(reports.take(), ElementsAre(HasSubstr("<first>.width <= 70")));
     EXPECT_EQ(first.layoutFrame().size.width, 80);
 }
 
@@ -175,10 +179,11 @@ TEST_F(LayoutEngineTest, LeavingTheTreeEndsWhatCrossesAndKeepsWhatIsInside) {
     EXPECT_TRUE(inside->isActive());
     crossing->deactivate();
     crossing->updateOffset(4);
-    testing::internal::CaptureStderr();
+    testkit::PlatformReports reports;
     crossing->activate();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "<inner>.left == <second>.left + 4 can't become active: its items share no view\n");
+    EXPECT_THAT(
+        reports.take(),
+        ElementsAre("<inner>.left == <second>.left + 4 can't become active: its items share no view"));
     first.layout();
     EXPECT_EQ(inner.layoutFrame().origin.y, 3);
 }
