@@ -102,8 +102,9 @@ class ZQ_EXPORT CGContext final {
     /// evenly; without colours nothing happens.
     void drawLinearGradient(std::span<const CGColor> colors, std::span<const CGFloat> locations,
                             CGPoint start, CGPoint end);
-    /// The shadow of a filled path alone, not the path.
-    void drawShadow(const CGPath& path, const CGShadow& shadow);
+    /// The shadow of a filled path alone, not the path. It may be left out within `covered`, where something
+    /// opaque is about to be drawn.
+    void drawShadow(const CGPath& path, const CGShadow& shadow, const CGRect& covered = {});
 
     /// What follows up to `endTransparencyLayer` is drawn as one group; the group is then shown through
     /// `alpha`, its shadow below it. States are saved and restored with it.

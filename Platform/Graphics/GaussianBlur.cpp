@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <numbers>
+#include <cstring>
 #include <vector>
 
 namespace zqcore::platform {
@@ -13,7 +13,7 @@ namespace {
 constexpr double kExactUpTo = 2;
 constexpr double kLargestSigma = 1000;
 
-/// One line of the plane: bytes `stride` apart.
+/// One line of a plane: bytes `stride` apart.
 struct Line {
     std::uint8_t* start;
     std::size_t stride;
@@ -44,13 +44,8 @@ void convolve(const Line& line, const std::vector<std::uint32_t>& kernel, std::v
     const auto count = static_cast<std::size_t>(line.count);
     padded.assign(count + 2 * reach, 0);
     for (std::size_t i = 0; i < count; ++i) padded[i + reach] = line.start[i * line.stride];
-    std::size_t alike = 0;  // how many bytes up to the last one that counts are the same
-    for (std::size_t i = 0; i < 2 * reach; ++i) alike = i > 0 && padded[i] == padded[i - 1] ? alike + 1 : 1;
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint8_t* middle = padded.data() + i + reach;
-        // Inside of a shape and far outside the mean is the byte itself.
-        alike = middle[reach] == middle[reach - 1] ? alike + 1 : 1;
-        if (alike > 2 * reach) continue;
         std::uint32_t sum = 0x8000 + kernel[0] * *middle;
         for (std::size_t k = 1; k <= reach; ++k)
             sum += kernel[k] * (std::uint32_t{middle[k]} + *(middle - k));
@@ -80,12 +75,14 @@ void runningMean(const Line& line, int width, std::vector<std::uint8_t>& copy) {
     for (std::size_t i = 0; i < count; ++i) copy[i] = line.start[i * line.stride];
     std::uint32_t sum = 0;
     for (int i = 0; i < std::min(half, line.count); ++i) sum += copy[static_cast<std::size_t>(i)];
-    const auto divisor = static_cast<std::uint32_t>(width);
+    // Instead of a division; the same for all sums of bytes up to a width of 4095.
+    const auto share =
+        static_cast<std::uint64_t>((std::uint64_t{1} << 32) / static_cast<std::uint64_t>(width) + 1);
     for (int i = 0; i < line.count; ++i) {
         if (i + half < line.count) sum += copy[static_cast<std::size_t>(i + half)];
         if (i - half - 1 >= 0) sum -= copy[static_cast<std::size_t>(i - half - 1)];
         line.start[static_cast<std::size_t>(i) * line.stride] =
-            static_cast<std::uint8_t>((sum + divisor / 2) / divisor);
+            static_cast<std::uint8_t>(((sum + static_cast<std::uint32_t>(half)) * share) >> 32);
     }
 }
 
@@ -96,22 +93,117 @@ void eachLine(std::uint8_t* bytes, int width, int height, std::size_t bytesPerRo
     for (int x = 0; x < width; ++x) filter(Line{bytes + x, bytesPerRow, height});
 }
 
+/// What is done to each line, and how far it carries a byte.
+class Blur {
+  public:
+    explicit Blur(double sigma) {
+        if (sigma <= kExactUpTo) {
+            kernel_ = kernelOf(sigma);
+            reach_ = static_cast<int>(kernel_.size()) - 1;
+            return;
+        }
+        means_ = meanWidths(std::min(sigma, kLargestSigma));
+        for (const int mean : means_) reach_ += mean / 2;
+    }
+
+    [[nodiscard]] int reach() const noexcept { return reach_; }
+
+    void apply(std::uint8_t* bytes, int width, int height, std::size_t bytesPerRow) const {
+        std::vector<std::uint8_t> room;
+        if (!kernel_.empty()) {
+            eachLine(bytes, width, height, bytesPerRow,
+                     [&](const Line& line) { convolve(line, kernel_, room); });
+            return;
+        }
+        for (const int mean : means_)
+            eachLine(bytes, width, height, bytesPerRow,
+                     [&](const Line& line) { runningMean(line, mean, room); });
+    }
+
+  private:
+    std::vector<std::uint32_t> kernel_;  // empty: the means
+    std::array<int, 3> means_{};
+    int reach_ = 0;
+};
+
+/// Lines of a plane of which a long run of equal ones keeps only what differs after the blur: those that see
+/// beyond the run's ends, and one for all between.
+struct Fold {
+    std::vector<std::size_t> places;  ///< by line of the whole plane: its line among the kept
+    std::vector<std::size_t> kept;    ///< by kept line: one of its lines in the whole plane
+
+    /// `alike` says of each line whether it equals the one before.
+    Fold(const std::vector<std::uint8_t>& alike, int reach) {
+        const auto sees = static_cast<std::size_t>(reach);
+        for (std::size_t begin = 0; begin < alike.size();) {
+            std::size_t end = begin + 1;
+            while (end < alike.size() && alike[end] != 0) ++end;
+            const std::size_t length = end - begin;
+            const std::size_t leftOut = length > 2 * sees + 1 ? length - (2 * sees + 1) : 0;
+            const std::size_t first = kept.size();
+            for (std::size_t i = 0; i < length; ++i) {
+                const std::size_t place = i < sees + leftOut ? std::min(i, sees) : i - leftOut;
+                places.push_back(first + place);
+                if (first + place == kept.size()) kept.push_back(begin + i);
+            }
+            begin = end;
+        }
+    }
+    [[nodiscard]] bool leavesOut() const noexcept { return kept.size() < places.size(); }
+};
+
+std::vector<std::uint8_t> alikeRows(const std::uint8_t* bytes, std::size_t width, std::size_t height,
+                                    std::size_t bytesPerRow) {
+    std::vector<std::uint8_t> alike(height);
+    for (std::size_t y = 1; y < height; ++y) {
+        const std::uint8_t* row = bytes + y * bytesPerRow;
+        alike[y] = std::memcmp(row, row - bytesPerRow, width) == 0;
+    }
+    return alike;
+}
+
+std::vector<std::uint8_t> alikeColumns(const std::uint8_t* bytes, std::size_t width,
+                                       const std::vector<std::size_t>& rows, std::size_t bytesPerRow) {
+    std::vector<std::uint8_t> differs(width);
+    for (const std::size_t y : rows) {
+        const std::uint8_t* row = bytes + y * bytesPerRow;
+        for (std::size_t x = 1; x < width; ++x) differs[x] |= row[x] ^ row[x - 1];
+    }
+    for (std::uint8_t& one : differs) one = one == 0;
+    return differs;
+}
+
 }  // namespace
 
 int gaussianReach(double sigma) noexcept {
     return sigma > 0 ? static_cast<int>(std::ceil(3 * std::min(sigma, kLargestSigma))) : 0;
 }
 
+// Of a box, however large, only its corners and a piece of each edge are work.
 void gaussianBlur(std::uint8_t* bytes, int width, int height, std::size_t bytesPerRow, double sigma) {
     if (!(sigma > 0) || width <= 0 || height <= 0) return;
-    std::vector<std::uint8_t> room;
-    if (sigma <= kExactUpTo) {
-        const auto kernel = kernelOf(sigma);
-        eachLine(bytes, width, height, bytesPerRow, [&](const Line& line) { convolve(line, kernel, room); });
-        return;
+    const Blur blur(sigma);
+    const auto wide = static_cast<std::size_t>(width);
+    const auto high = static_cast<std::size_t>(height);
+    const Fold rows(alikeRows(bytes, wide, high, bytesPerRow), blur.reach());
+    const Fold columns(alikeColumns(bytes, wide, rows.kept, bytesPerRow), blur.reach());
+    if (!rows.leavesOut() && !columns.leavesOut()) return blur.apply(bytes, width, height, bytesPerRow);
+
+    const std::size_t side = columns.kept.size();
+    std::vector<std::uint8_t> folded(side * rows.kept.size());
+    for (std::size_t y = 0; y < rows.kept.size(); ++y) {
+        const std::uint8_t* row = bytes + rows.kept[y] * bytesPerRow;
+        for (std::size_t x = 0; x < side; ++x) folded[y * side + x] = row[columns.kept[x]];
     }
-    for (const int mean : meanWidths(std::min(sigma, kLargestSigma))) {
-        eachLine(bytes, width, height, bytesPerRow, [&](const Line& line) { runningMean(line, mean, room); });
+    blur.apply(folded.data(), static_cast<int>(side), static_cast<int>(rows.kept.size()), side);
+    for (std::size_t y = 0; y < high; ++y) {
+        std::uint8_t* row = bytes + y * bytesPerRow;
+        if (y > 0 && rows.places[y] == rows.places[y - 1]) {
+            std::memcpy(row, row - bytesPerRow, wide);
+            continue;
+        }
+        const std::uint8_t* from = folded.data() + rows.places[y] * side;
+        for (std::size_t x = 0; x < wide; ++x) row[x] = from[columns.places[x]];
     }
 }
 

@@ -70,7 +70,8 @@ struct LayerRenderer::Walk {
             context.beginTransparencyLayer(std::min(shown.opacity, 1.0), outline ? std::nullopt : shadow);
         if (outline) {
             const CGFloat corner = fittingRadius(shown.bounds, shown.cornerRadius);
-            context.drawShadow(*CGPath::roundedRect(shown.bounds, corner, corner), *shadow);
+            context.drawShadow(*CGPath::roundedRect(shown.bounds, corner, corner), *shadow,
+                               CGRectInset(shown.bounds, corner, corner));
         }
         if (layer.filters().empty()) {
             drawBody(layer, shown);

@@ -111,11 +111,11 @@ void CGContext::drawLinearGradient(std::span<const CGColor> colors, std::span<co
     cairo_paint_with_alpha(impl_->cairo.get(), impl_->state.alpha);
 }
 
-void CGContext::drawShadow(const CGPath& path, const CGShadow& shadow) {
+void CGContext::drawShadow(const CGPath& path, const CGShadow& shadow, const CGRect& covered) {
     if (drawsNothing()) return;
     CGShadow shown = shadow;
     shown.color.alpha *= impl_->state.alpha;
-    drawPathShadow(impl_->cairo.get(), path, shown);
+    drawPathShadow(impl_->cairo.get(), path, shown, covered);
 }
 
 void CGContext::beginTransparencyLayer(CGFloat alpha, const std::optional<CGShadow>& shadow) {

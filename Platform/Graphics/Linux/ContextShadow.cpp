@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Platform/Graphics/CGRect.h"
 #include "Platform/Graphics/GaussianBlur.h"
 #include "Platform/Graphics/Linux/CairoHandles.h"
 
@@ -50,10 +51,33 @@ Blur blurOf(cairo_t* cairo, const CGShadow& shadow) {
     return blur;
 }
 
+/// The whole pixels within a rectangle of the present space; none if that lies aslant.
+DeviceBox pixelsWithin(cairo_t* cairo, const CGRect& rect) {
+    cairo_matrix_t matrix;
+    cairo_get_matrix(cairo, &matrix);
+    if (CGRectIsEmpty(rect) || matrix.xy != 0 || matrix.yx != 0) return {};
+    double x1 = rect.origin.x, y1 = rect.origin.y;
+    double x2 = x1 + rect.size.width, y2 = y1 + rect.size.height;
+    cairo_user_to_device(cairo, &x1, &y1);
+    cairo_user_to_device(cairo, &x2, &y2);
+    return {std::ceil(std::min(x1, x2)), std::ceil(std::min(y1, y2)), std::floor(std::max(x1, x2)),
+            std::floor(std::max(y1, y2))};
+}
+
+/// Leaves a box of the present clip out.
+void clipOut(cairo_t* cairo, const DeviceBox& clip, const DeviceBox& out) {
+    if (out.isEmpty()) return;
+    cairo_new_path(cairo);
+    for (const DeviceBox& box : {clip, out})
+        cairo_rectangle(cairo, box.left, box.top, box.right - box.left, box.bottom - box.top);
+    cairo_set_fill_rule(cairo, CAIRO_FILL_RULE_EVEN_ODD);
+    cairo_clip(cairo);
+}
+
 /// Draws a shape by `drawShape` into a plane of alpha over `box`, blurs it and shows it in the shadow's
-/// colour.
+/// colour, but for the pixels within `out`.
 template <class Draw>
-void show(cairo_t* cairo, const DeviceBox& box, const Blur& blur, const CGColor& color,
+void show(cairo_t* cairo, const DeviceBox& box, const Blur& blur, const CGColor& color, const DeviceBox& out,
           const Draw& drawShape) {
     const auto width = static_cast<int>(box.right - box.left);
     const auto height = static_cast<int>(box.bottom - box.top);
@@ -74,6 +98,7 @@ void show(cairo_t* cairo, const DeviceBox& box, const Blur& blur, const CGColor&
     cairo_surface_mark_dirty(plane.get());
     cairo_save(cairo);
     cairo_identity_matrix(cairo);
+    clipOut(cairo, clipInDevice(cairo), out);
     cairo_set_source_rgba(cairo, color.red, color.green, color.blue, color.alpha);
     cairo_mask_surface(cairo, plane.get(), box.left + blur.dx, box.top + blur.dy);
     cairo_restore(cairo);
@@ -92,7 +117,7 @@ DeviceBox workBox(const DeviceBox& shape, const DeviceBox& clip, const Blur& blu
 
 }  // namespace
 
-void drawPathShadow(cairo_t* cairo, const CGPath& path, const CGShadow& shadow) {
+void drawPathShadow(cairo_t* cairo, const CGPath& path, const CGShadow& shadow, const CGRect& covered) {
     if (!(shadow.color.alpha > 0)) return;
     const Blur blur = blurOf(cairo, shadow);
     const DeviceBox clip = clipInDevice(cairo);
@@ -100,7 +125,7 @@ void drawPathShadow(cairo_t* cairo, const CGPath& path, const CGShadow& shadow) 
     const DeviceBox box = workBox(inDevice(cairo, cairo_path_extents), clip, blur);
     cairo_new_path(cairo);
     if (clip.isEmpty() || box.isEmpty()) return;
-    show(cairo, box, blur, shadow.color, [&](cairo_t* shape) {
+    show(cairo, box, blur, shadow.color, pixelsWithin(cairo, covered), [&](cairo_t* shape) {
         addToCairo(shape, path);
         cairo_fill(shape);
     });
@@ -112,7 +137,7 @@ void drawPatternShadow(cairo_t* cairo, cairo_pattern_t* pattern, const CGShadow&
     const DeviceBox clip = clipInDevice(cairo);
     if (clip.isEmpty()) return;
     // A group holds what lay in the clip, so that is the shape's box.
-    show(cairo, workBox(clip, clip, blur), blur, shadow.color, [&](cairo_t* shape) {
+    show(cairo, workBox(clip, clip, blur), blur, shadow.color, {}, [&](cairo_t* shape) {
         cairo_set_source(shape, pattern);
         cairo_paint(shape);
     });

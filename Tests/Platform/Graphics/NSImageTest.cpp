@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "Platform/Foundation/Text/Base64.h"
 #include "Platform/Graphics/CGContext.h"
@@ -351,6 +353,30 @@ TEST(GaussianBlurTest, KeepsWhatThereIsAndItsMiddle) {
         // The edge of a side that is long against sigma: the normal distribution half a pixel inside.
         if (sigma > 7) continue;
         EXPECT_NEAR(value(60, 80) / 255.0, 0.5 + 0.2 / sigma, sigma < 1 ? 0.1 : 0.03) << sigma;
+    }
+}
+
+// A short edge is blurred whole, of a long one only as much as differs.
+TEST(GaussianBlurTest, BlursLongEdgesAsShortOnes) {
+    for (const double sigma : {0.7, 2.0, 4.0, 11.0}) {
+        const int reach = gaussianReach(sigma);
+        const int side = 12 * reach;
+        const auto blurred = [&](int length) {
+            std::vector<std::uint8_t> plane(std::size_t(side * side));
+            for (int y = 0; y < length; ++y)
+                for (int x = 0; x < length; ++x) plane[std::size_t((y + reach) * side + x + reach)] = 255;
+            plane[std::size_t(reach * side + reach)] = 90;
+            gaussianBlur(plane.data(), side, side, std::size_t(side), sigma);
+            return plane;
+        };
+        const auto brief = blurred(2 * reach - 1);
+        const auto extended = blurred(9 * reach);
+        for (int y = 0; y < 2 * reach - 1; ++y)
+            for (int x = 0; x < 2 * reach - 1; ++x)
+                ASSERT_EQ(brief[std::size_t(y * side + x)], extended[std::size_t(y * side + x)])
+                    << sigma << " at " << x << ", " << y;
+        EXPECT_EQ(extended[std::size_t(5 * reach * side + 5 * reach)], 255) << sigma;
+        EXPECT_LT(extended[std::size_t(reach * side + 5 * reach)], 200) << sigma;
     }
 }
 
