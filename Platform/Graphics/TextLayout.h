@@ -33,14 +33,16 @@ struct TextLayoutOptions {
     CGFloat width = kNoLimit;
     NSLineBreakMode lineBreak = NSLineBreakMode::byWordWrapping;
     NSTextAlignment alignment = NSTextAlignment::natural;
+
+    friend bool operator==(const TextLayoutOptions&, const TextLayoutOptions&) = default;
 };
 
 /// A text broken into lines, to be measured and drawn. Every line is as high as its own font asks for
 /// (ascender, descender and leading, rounded up), whatever font a missing glyph was taken from, so that
 /// heights don't change with the script. Nothing is rounded to pixels: a text measures the same at any scale.
 /// Fonts: DejaVu Sans, and WenQuanYi Micro Hei for Chinese, from their files; only a text with glyphs that
-/// both lack looks into the fonts of the system.
-/// Threads: the one that made it. Failure: none; a byte that isn't UTF-8 reads as U+FFFD.
+/// both lack looks into the fonts of the system. The last few short texts are remembered and cost nothing
+/// again. Threads: the one that made it. Failure: none; a byte that isn't UTF-8 reads as U+FFFD.
 class ZQ_EXPORT TextLayout final {
   public:
     TextLayout(std::string_view text, const std::shared_ptr<NSFont>& font,
@@ -67,7 +69,8 @@ class ZQ_EXPORT TextLayout final {
 
   private:
     struct Impl;
-    std::unique_ptr<Impl> impl_;
+    class Recent;
+    std::shared_ptr<Impl> impl_;
 };
 
 /// The line height of a font: ascender, absolute descender and leading together, rounded up.

@@ -182,6 +182,8 @@ struct TextLayout::Impl {
     CGSize size;
     std::vector<CGColor> shownColors;
 
+    static std::shared_ptr<Impl> ofPlainText(std::string_view text, const std::shared_ptr<NSFont>& font,
+                                             const TextLayoutOptions& options);
     void arrange();
     void measureLines();
     void guessLines();
@@ -276,18 +278,64 @@ CGFloat TextLayout::Impl::leftOf(const Line& line, CGFloat width) const {
     return line.rightToLeft ? rest : 0;
 }
 
+std::shared_ptr<TextLayout::Impl> TextLayout::Impl::ofPlainText(std::string_view text,
+                                                                const std::shared_ptr<NSFont>& font,
+                                                                const TextLayoutOptions& options) {
+    auto made = std::make_shared<Impl>();
+    made->text = layoutText(text);
+    made->font = font;
+    made->options = options;
+    made->arrange();
+    return made;
+}
+
+/// The short plain texts that the thread laid out last. A view measures its text and then draws it, and the
+/// words of an interface come again and again; a layout without runs of its own never changes.
+class TextLayout::Recent {
+  public:
+    static std::shared_ptr<Impl> find(std::string_view text, const std::shared_ptr<NSFont>& font,
+                                      const TextLayoutOptions& options) {
+        if (text.size() > kLongest) return Impl::ofPlainText(text, font, options);
+        thread_local std::vector<Entry> entries;
+        Entry wanted{std::string(text), font->pointSize(), font->weight(), options, nullptr};
+        // Clipped lines are the same at any width.
+        if (options.lineBreak == NSLineBreakMode::byClipping || !isLimited(options))
+            wanted.options.width = TextLayoutOptions::kNoLimit;
+        const auto found = std::ranges::find_if(entries, [&](const Entry& one) { return one.isFor(wanted); });
+        if (found != entries.end()) {
+            std::rotate(entries.begin(), found, found + 1);
+            return entries.front().layout;
+        }
+        wanted.layout = Impl::ofPlainText(text, font, wanted.options);
+        if (entries.size() >= kMost) entries.pop_back();
+        return entries.insert(entries.begin(), std::move(wanted))->layout;
+    }
+
+  private:
+    static constexpr std::size_t kMost = 64;
+    static constexpr std::size_t kLongest = 64;  // bytes
+
+    struct Entry {
+        std::string text;
+        CGFloat size;
+        CGFloat weight;
+        TextLayoutOptions options;
+        std::shared_ptr<Impl> layout;
+
+        [[nodiscard]] bool isFor(const Entry& other) const {
+            return text == other.text && size == other.size && weight == other.weight &&
+                   options == other.options;
+        }
+    };
+};
+
 TextLayout::TextLayout(std::string_view text, const std::shared_ptr<NSFont>& font,
                        const TextLayoutOptions& options)
-    : impl_(std::make_unique<Impl>()) {
-    impl_->text = layoutText(text);
-    impl_->font = font ? font : NSFont::systemFontOfSize(NSFont::systemFontSize());
-    impl_->options = options;
-    impl_->arrange();
-}
+    : impl_(Recent::find(text, font ? font : NSFont::systemFontOfSize(NSFont::systemFontSize()), options)) {}
 
 TextLayout::TextLayout(const NSAttributedString& text, const std::shared_ptr<NSFont>& font,
                        const TextLayoutOptions& options)
-    : impl_(std::make_unique<Impl>()) {
+    : impl_(std::make_shared<Impl>()) {
     impl_->text = layoutText(text.string());
     impl_->font = font ? font : NSFont::systemFontOfSize(NSFont::systemFontSize());
     impl_->options = options;
