@@ -28,13 +28,14 @@ bool LayoutDefinitions::isDefined(int symbol) const {
     return index(symbol) < defined_.size() && defined_[index(symbol)];
 }
 
-std::vector<int>& LayoutDefinitions::users(int symbol) {
-    auto& users = users_[index(symbol)];
+LayoutDefinitions::Users& LayoutDefinitions::users(int symbol) {
+    Users& users = users_[index(symbol)];
+    if (users.empty()) return users;
     std::ranges::sort(users);
     const auto twice = std::ranges::unique(users);
     users.erase(twice.begin(), twice.end());
-    std::erase_if(
-        users, [&](int variable) { return !isDefined(variable) || at(variable).coefficientOf(symbol) == 0; });
+    users.eraseIf(
+        [&](int variable) { return !isDefined(variable) || at(variable).coefficientOf(symbol) == 0; });
     return users;
 }
 
@@ -83,17 +84,14 @@ void LayoutDefinitions::note(const Row& definition) {
 
 void LayoutDefinitions::resolve(Row& expression) const {
     amounts_.resize(index(tableau_.symbolCount()));
-    std::vector<std::ptrdiff_t> defined;  // a heap of places
-    std::vector<int> basic;
-    std::vector<int> met;
     const auto add = [&](const Term& term, double factor) {
         double& amount = amounts_[index(term.symbol)];
         if (amount == 0) {
             if (isDefined(term.symbol)) {
-                defined.push_back(place_[index(term.symbol)]);
-                std::ranges::push_heap(defined);
+                toPut_.push_back(place_[index(term.symbol)]);
+                std::ranges::push_heap(toPut_);
             } else {
-                (tableau_.rowOf(term.symbol) ? basic : met).push_back(term.symbol);
+                (tableau_.rowOf(term.symbol) ? basic_ : met_).push_back(term.symbol);
             }
         }
         amount += factor * term.coefficient;
@@ -106,20 +104,22 @@ void LayoutDefinitions::resolve(Row& expression) const {
     };
     for (const Term& term : expression.terms) add(term, 1);
     // The rearmost first: what several of its like have in common is gone before it is looked into.
-    while (!defined.empty()) {
-        std::ranges::pop_heap(defined);
-        const std::ptrdiff_t rearmost = defined.back();
-        defined.pop_back();
+    while (!toPut_.empty()) {
+        std::ranges::pop_heap(toPut_);
+        const std::ptrdiff_t rearmost = toPut_.back();
+        toPut_.pop_back();
         put(order_[static_cast<std::size_t>(rearmost - front_)]);
     }
-    for (const int symbol : basic) put(*tableau_.rowOf(symbol));
+    for (const int symbol : basic_) put(*tableau_.rowOf(symbol));
 
+    basic_.clear();
     expression.terms.clear();
-    std::ranges::sort(met);
-    for (const int symbol : met) {
+    std::ranges::sort(met_);
+    for (const int symbol : met_) {
         const double amount = std::exchange(amounts_[index(symbol)], 0);
         if (!LayoutTableau::isZero(amount)) expression.terms.push_back({symbol, amount});
     }
+    met_.clear();
 }
 
 void LayoutDefinitions::shift(int symbol, double by) {

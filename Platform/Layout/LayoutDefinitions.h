@@ -45,23 +45,28 @@ class LayoutDefinitions final {
     [[nodiscard]] std::size_t changes() const noexcept { return changes_; }
 
   private:
+    using Users = InlineVector<int, 4>;
     enum class End { front, back };
     void define(int variable, const Row& expression, End end);
     void note(const Row& definition);
     Row& at(int variable) { return order_[static_cast<std::size_t>(place_[std::size_t(variable)] - front_)]; }
     /// The variables in whose definitions a symbol stands, each once.
-    std::vector<int>& users(int symbol);
+    Users& users(int symbol);
     /// Values along the order: those of symbols that aren't basic are given, rows and definitions follow.
     [[nodiscard]] std::vector<double> follow(std::vector<double> values, bool withConstants) const;
 
     const LayoutTableau& tableau_;
     std::deque<Row> order_;  // each speaks of variables in front of it; basic < 0: given up
     std::ptrdiff_t front_ = 0;
-    std::vector<std::ptrdiff_t> place_;    // by symbol, `front_` being the foremost
-    std::vector<bool> defined_;            // by symbol
-    std::vector<std::vector<int>> users_;  // by symbol; checked when read
+    std::vector<std::ptrdiff_t> place_;  // by symbol, `front_` being the foremost
+    std::vector<bool> defined_;          // by symbol
+    std::vector<Users> users_;           // by symbol; checked when read
     std::size_t changes_ = 0;
     mutable std::vector<double> amounts_;  // by symbol; all 0 between two calls of `resolve`
+    // Room for `resolve`, empty between two calls.
+    mutable std::vector<std::ptrdiff_t> toPut_;  // places of definitions, a heap
+    mutable std::vector<int> basic_;
+    mutable std::vector<int> met_;
 };
 
 }  // namespace zqcore::platform

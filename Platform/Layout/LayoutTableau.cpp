@@ -27,7 +27,7 @@ void LayoutTableau::Row::addTerm(int symbol, double amount) {
 
 void LayoutTableau::Row::solveFor(int symbol) {
     const double coefficient = coefficientOf(symbol);
-    std::erase_if(terms, [symbol](const Term& term) { return term.symbol == symbol; });
+    terms.eraseIf([symbol](const Term& term) { return term.symbol == symbol; });
     constant /= -coefficient;
     for (Term& term : terms) term.coefficient /= -coefficient;
     basic = symbol;
@@ -63,7 +63,7 @@ void LayoutTableau::shiftConstant(int basic, double by) { rows_[at(rowOf_[at(bas
 
 // row += factor * other; both are sorted, so is the result.
 void LayoutTableau::addScaled(Row& row, const Row& other, double factor) {
-    std::vector<Term>& scratch = scratch_;
+    auto& scratch = scratch_;
     row.constant += factor * other.constant;
     scratch.clear();
     gained_.clear();
@@ -83,12 +83,12 @@ void LayoutTableau::addScaled(Row& row, const Row& other, double factor) {
             ++theirs;
         }
     }
-    scratch.insert(scratch.end(), mine, row.terms.end());
+    scratch.append(mine, row.terms.end());
     for (; theirs != other.terms.end(); ++theirs) {
         gained_.push_back(theirs->symbol);
         scratch.push_back({theirs->symbol, factor * theirs->coefficient});
     }
-    row.terms.swap(scratch);
+    std::swap(row.terms, scratch);
 }
 
 void LayoutTableau::place(Row row) {
@@ -122,12 +122,12 @@ void LayoutTableau::erase(int basic) {
 
 // Replaces a symbol that is about to be basic by its row, in all other rows and in the costs.
 void LayoutTableau::substitute(int symbol, const Row& by) {
-    const std::vector<int> column = std::exchange(columns_[at(symbol)], {});
+    const auto column = std::exchange(columns_[at(symbol)], {});
     for (const int index : column) {
         Row& row = rows_[at(index)];
         const double factor = row.basic < 0 ? 0 : row.coefficientOf(symbol);
         if (factor == 0) continue;
-        std::erase_if(row.terms, [symbol](const Term& term) { return term.symbol == symbol; });
+        row.terms.eraseIf([symbol](const Term& term) { return term.symbol == symbol; });
         addScaled(row, by, factor);
         for (const int gained : gained_) columns_[at(gained)].push_back(index);
     }
@@ -152,7 +152,7 @@ void LayoutTableau::pivot(int leaving, int entering) {
 
 void LayoutTableau::strike(int symbol) {
     for (const int index : columns_[at(symbol)]) {
-        std::erase_if(rows_[at(index)].terms, [symbol](const Term& term) { return term.symbol == symbol; });
+        rows_[at(index)].terms.eraseIf([symbol](const Term& term) { return term.symbol == symbol; });
     }
     columns_[at(symbol)].clear();
 }

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Layout/InlineVector.h"
+
 // Private to the solver.
 namespace zqcore::platform {
 
@@ -27,7 +29,7 @@ class LayoutTableau final {
     struct Row {
         int basic = -1;
         double constant = 0;
-        std::vector<Term> terms;
+        InlineVector<Term, 4> terms;
 
         [[nodiscard]] double coefficientOf(int symbol) const;
         void addTerm(int symbol, double coefficient);
@@ -95,13 +97,13 @@ class LayoutTableau final {
     std::vector<int> freeSymbols_;
     std::vector<Row> rows_;  // basic < 0: an empty place
     std::vector<std::size_t> freeRows_;
-    std::vector<int> rowOf_;                 // by symbol; -1 for none
-    std::vector<std::vector<int>> columns_;  // by symbol: rows that have had it; checked when read
-    std::vector<Level> levels_;              // strongest first
-    std::vector<unsigned> visited_;          // by row: the walk that came by last
+    std::vector<int> rowOf_;                     // by symbol; -1 for none
+    std::vector<InlineVector<int, 4>> columns_;  // by symbol: rows that have had it; checked when read
+    std::vector<Level> levels_;                  // strongest first
+    std::vector<unsigned> visited_;              // by row: the walk that came by last
     unsigned walk_ = 0;
     std::size_t changes_ = 0;
-    std::vector<Term> scratch_;
+    InlineVector<Term, 4> scratch_;
     std::vector<int> gained_;  // symbols that the last `addScaled` brought into its row
 };
 
@@ -119,7 +121,7 @@ void LayoutTableau::forEachRowWith(int symbol, const Body& body) {
         column[kept++] = index;
         body(row, coefficient);
     }
-    column.resize(kept);
+    column.shrinkTo(kept);
 }
 
 }  // namespace zqcore::platform
