@@ -129,7 +129,8 @@ void DisplayPass::present(NSWindow& window, bool whole) {
     const auto height = static_cast<std::int64_t>(std::ceil(size.height * scale));
     if (!display || display->isLost() || width <= 0 || height <= 0) return;
     auto& context = window.surface_;
-    if (!context || context->width() != width || context->height() != height) {
+    const bool fresh = !context || context->width() != width || context->height() != height;
+    if (fresh) {
         context = CGContext::bitmap(width, height);
         whole = true;
     }
@@ -153,7 +154,7 @@ void DisplayPass::present(NSWindow& window, bool whole) {
     context->scaleBy(scale, scale);
     context->translateBy(0, lift);
     const CGRect all{{0, 0}, size};
-    context->clear({{-1, -1}, {size.width + 2, size.height + 2}});
+    if (!fresh) context->clear({{-1, -1}, {size.width + 2, size.height + 2}});
     if (window.backgroundColor()) {
         context->setFillColor(window.backgroundColor()->cgColor());
         context->fill(all);

@@ -1,9 +1,11 @@
 #include <algorithm>
 #include <ranges>
+#include <typeinfo>
 #include <utility>
 
 #include "Platform/AppKit/GuardedCall.h"
 #include "Platform/AppKit/NSAnimationContext.h"
+#include "Platform/AppKit/NSStackView.h"
 #include "Platform/AppKit/NSView.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Graphics/NSGraphicsContext.h"
@@ -22,6 +24,11 @@ std::optional<CAAnimationTerms> termsOfBackingLayer(const CALayer& /*layer*/) {
     return CAAnimationTerms{context.duration(), context.timingFunction()};
 }
 
+// These draw nothing themselves, while a class that derives from them may.
+bool mayDraw(const NSView& view) {
+    return typeid(view) != typeid(NSView) && typeid(view) != typeid(NSStackView);
+}
+
 }  // namespace
 
 void NSView::setup() {
@@ -35,14 +42,15 @@ std::shared_ptr<CALayer> NSView::makeBackingLayer() { return makeObject<CALayer>
 
 void NSView::prepareLayer() {
     layer_->setActionPolicy(termsOfBackingLayer);
-    const auto weak = std::weak_ptr<NSView>(self());
-    layer_->setDrawHandler([weak](CGContext& context) {
-        const auto view = weak.lock();
-        if (!view || view->wantsUpdateLayer()) return;
-        // Borrowed for the call: the handler's context is the layer's.
-        const GraphicsContextScope scope(std::shared_ptr<CGContext>(std::shared_ptr<void>(), &context));
-        guardedCall("drawRect", [&] { view->drawRect(view->bounds()); });
-    });
+    if (mayDraw(*this)) {
+        layer_->setDrawHandler([weak = std::weak_ptr<NSView>(self())](CGContext& context) {
+            const auto view = weak.lock();
+            if (!view || view->wantsUpdateLayer()) return;
+            // Borrowed for the call: the handler's context is the layer's.
+            const GraphicsContextScope scope(std::shared_ptr<CGContext>(std::shared_ptr<void>(), &context));
+            guardedCall("drawRect", [&] { view->drawRect(view->bounds()); });
+        });
+    }
     if (clipsToBounds()) layer_->setMasksToBounds(true);
     applyLayerState();
     applyLayerGeometry();

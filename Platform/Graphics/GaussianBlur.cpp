@@ -39,18 +39,31 @@ std::vector<std::uint32_t> kernelOf(double sigma) {
     return kernel;
 }
 
-void convolve(const Line& line, const std::vector<std::uint32_t>& kernel, std::vector<std::uint8_t>& padded) {
+/// Reused from line to line.
+struct Room {
+    std::vector<std::uint8_t> bytes;
+    std::vector<std::uint32_t> sums;
+};
+
+// Weight by weight over the whole line, which the compiler does several bytes at a time.
+void convolve(const Line& line, const std::vector<std::uint32_t>& kernel, Room& room) {
     const std::size_t reach = kernel.size() - 1;
     const auto count = static_cast<std::size_t>(line.count);
-    padded.assign(count + 2 * reach, 0);
-    for (std::size_t i = 0; i < count; ++i) padded[i + reach] = line.start[i * line.stride];
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::uint8_t* middle = padded.data() + i + reach;
-        std::uint32_t sum = 0x8000 + kernel[0] * *middle;
-        for (std::size_t k = 1; k <= reach; ++k)
-            sum += kernel[k] * (std::uint32_t{middle[k]} + *(middle - k));
-        line.start[i * line.stride] = static_cast<std::uint8_t>(std::min<std::uint32_t>(sum >> 16, 255));
+    room.bytes.assign(count + 2 * reach, 0);
+    room.sums.resize(count);
+    for (std::size_t i = 0; i < count; ++i) room.bytes[i + reach] = line.start[i * line.stride];
+    const std::uint8_t* const middle = room.bytes.data() + reach;
+    std::uint32_t* const sums = room.sums.data();
+    for (std::size_t i = 0; i < count; ++i) sums[i] = 0x8000 + kernel[0] * middle[i];
+    for (std::size_t k = 1; k <= reach; ++k) {
+        const std::uint32_t weight = kernel[k];
+        const std::uint8_t* const before = middle - k;
+        const std::uint8_t* const after = middle + k;
+        for (std::size_t i = 0; i < count; ++i)
+            sums[i] += weight * (std::uint32_t{before[i]} + std::uint32_t{after[i]});
     }
+    for (std::size_t i = 0; i < count; ++i)
+        line.start[i * line.stride] = static_cast<std::uint8_t>(std::min<std::uint32_t>(sums[i] >> 16, 255));
 }
 
 /// Odd widths of three running means whose variances add up to sigma squared as nearly as they can
@@ -68,7 +81,8 @@ std::array<int, 3> meanWidths(double sigma) {
     return widths;
 }
 
-void runningMean(const Line& line, int width, std::vector<std::uint8_t>& copy) {
+void runningMean(const Line& line, int width, Room& room) {
+    std::vector<std::uint8_t>& copy = room.bytes;
     const int half = width / 2;
     const auto count = static_cast<std::size_t>(line.count);
     copy.resize(count);
@@ -109,7 +123,7 @@ class Blur {
     [[nodiscard]] int reach() const noexcept { return reach_; }
 
     void apply(std::uint8_t* bytes, int width, int height, std::size_t bytesPerRow) const {
-        std::vector<std::uint8_t> room;
+        Room room;
         if (!kernel_.empty()) {
             eachLine(bytes, width, height, bytesPerRow,
                      [&](const Line& line) { convolve(line, kernel_, room); });
