@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 
 #include "Platform/Base/Value.h"
 #include "Platform/Foundation/NSSearchPath.h"
@@ -35,6 +36,10 @@ class FakeSearchPaths final : public platform::SearchPaths {
     FakeSearchPaths(const FakeSearchPaths&) = delete;
     FakeSearchPaths& operator=(const FakeSearchPaths&) = delete;
 
+    /// Not while another thread asks.
+    void setFolder(platform::NSSearchPathDirectory directory, std::string path) {
+        folders_[directory] = std::move(path);
+    }
     [[nodiscard]] std::string homeDirectory() const override { return home_; }
     [[nodiscard]] std::string temporaryDirectory() const override { return "/var/folders/t/"; }
     [[nodiscard]] std::string userDirectory(platform::NSSearchPathDirectory directory) const override;

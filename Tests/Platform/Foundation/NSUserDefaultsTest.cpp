@@ -1,15 +1,14 @@
 #include "Platform/Foundation/NSUserDefaults.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "Platform/Foundation/NSFileManager.h"
 #include "Platform/Foundation/PropertyList.h"
+#include "TestKit/ChildProcess.h"
 #include "TestKit/FakeBundle.h"
 #include "TestKit/ManualClock.h"
 #include "TestKit/PlatformReports.h"
@@ -35,18 +34,9 @@ class NSUserDefaultsTest : public testing::Test {
     std::size_t filesOnDisk() const {
         return NSFileManager::defaultManager().contentsOfDirectoryAtPath(folder.path())->size();
     }
-    pid_t start(std::vector<std::string> words, int output = -1) const {
+    static std::vector<std::string> writer(std::vector<std::string> words) {
         words.insert(words.begin(), std::string(ZQ_TEST_PROGRAMS) + "/DefaultsWriter");
-        std::vector<char*> arguments;
-        for (auto& word : words) arguments.push_back(word.data());
-        arguments.push_back(nullptr);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        if (output >= 0) posix_spawn_file_actions_adddup2(&actions, output, 1);
-        pid_t child = 0;
-        EXPECT_EQ(posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ), 0);
-        posix_spawn_file_actions_destroy(&actions);
-        return child;
+        return words;
     }
 
     testkit::PlatformReports reports;
@@ -183,18 +173,15 @@ TEST_F(NSUserDefaultsTest, ThreadsMayUseItAtOnce) {
 }
 
 TEST_F(NSUserDefaultsTest, ProcessesThatWriteDifferentKeysLoseNone) {
-    const pid_t first = start({path, "a", "40"});
-    const pid_t second = start({path, "b", "40"});
+    testkit::ChildProcess first(writer({path, "a", "40"}));
+    testkit::ChildProcess second(writer({path, "b", "40"}));
     const auto defaults = NSUserDefaults::atPath(path);
     for (int i = 0; i < 40; ++i) {
         defaults->setInteger(i, "c" + std::to_string(i));
         EXPECT_TRUE(defaults->synchronize());
     }
-    for (const pid_t child : {first, second}) {
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0);
-    }
+    EXPECT_EQ(first.wait(), 0);
+    EXPECT_EQ(second.wait(), 0);
     EXPECT_TRUE(defaults->synchronize());
     EXPECT_EQ(defaults->dictionaryRepresentation().size(), 120U);
     EXPECT_EQ(onDisk().asDictionary()->size(), 120U);
@@ -204,16 +191,9 @@ TEST_F(NSUserDefaultsTest, ProcessesThatWriteDifferentKeysLoseNone) {
 TEST_F(NSUserDefaultsTest, AKillInMidWriteLeavesOldOrNew) {
     constexpr std::size_t size = 200'000;
     for (int round = 0; round < 10; ++round) {
-        int ends[2];
-        ASSERT_EQ(::pipe(ends), 0);
-        const pid_t child = start({path, "k", "0", std::to_string(size)}, ends[1]);
-        ::close(ends[1]);
-        char byte = 0;
-        ASSERT_EQ(::read(ends[0], &byte, 1), 1) << "the first write is over, the next is under way";
-        ::kill(child, SIGKILL);
-        ::close(ends[0]);
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
+        testkit::ChildProcess child(writer({path, "k", "0", std::to_string(size)}));
+        ASSERT_TRUE(child.readLine()) << "the first write is over, the next is under way";
+        child.kill();
         const Value value = onDisk();
         ASSERT_TRUE(value.asDictionary()) << "round " << round;
         const std::string& text = *value.asDictionary()->find("k")->asString();

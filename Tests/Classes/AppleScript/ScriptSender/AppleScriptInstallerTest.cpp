@@ -12,6 +12,7 @@
 #include "Platform/Dispatch/RunLoop.h"
 #include "Platform/Foundation/NSSearchPath.h"
 #include "Platform/Scripting/CommandLineOpenPanel.h"
+#include "TestKit/FakeBundle.h"
 #include "TestKit/LogCapture.h"
 #include "TestKit/ScratchFolder.h"
 #include "TestKit/ScriptedOpenPanel.h"
@@ -23,25 +24,6 @@ using Status = AppleScriptInstaller::Status;
 using testkit::LogCapture;
 using testkit::ScratchFolder;
 using testkit::ScriptedOpenPanel;
-
-/// A home whose script directory is what the test says.
-class Home final : public SearchPaths {
-  public:
-    explicit Home(std::string scripts) : scripts_(std::move(scripts)) { installForTesting(this); }
-    ~Home() override { installForTesting(nullptr); }
-    Home(const Home&) = delete;
-    Home& operator=(const Home&) = delete;
-
-    std::string homeDirectory() const override { return "/home/tester"; }
-    std::string temporaryDirectory() const override { return "/tmp/"; }
-    std::string userDirectory(NSSearchPathDirectory directory) const override {
-        return directory == NSSearchPathDirectory::applicationScripts ? scripts_ : "";
-    }
-    void setScripts(std::string scripts) { scripts_ = std::move(scripts); }
-
-  private:
-    std::string scripts_;
-};
 
 class AppleScriptInstallerTest : public testing::Test {
   protected:
@@ -68,7 +50,7 @@ class AppleScriptInstallerTest : public testing::Test {
     std::string parent_ = folder_ / "Application Scripts";
     std::string directory_ = parent_ + "/com.example.app";
     std::string target_ = directory_ + "/My Script.scpt";
-    Home home_{directory_};
+    testkit::FakeSearchPaths home_{"/home/tester", {{NSSearchPathDirectory::applicationScripts, directory_}}};
     ScriptedOpenPanel panel_;
     LogCapture log_;
     std::shared_ptr<AppleScriptInstaller> installer_ = AppleScriptInstaller::make(source_);
@@ -154,7 +136,7 @@ TEST_F(AppleScriptInstallerTest, NothingToInstallIsToldAtOnce) {
 }
 
 TEST_F(AppleScriptInstallerTest, NowhereToInstallIsToldAtOnce) {
-    home_.setScripts("");
+    home_.setFolder(NSSearchPathDirectory::applicationScripts, "");
     EXPECT_EQ(installer_->installFilePath(), std::nullopt);
     EXPECT_FALSE(installer_->isInstalled());
     EXPECT_EQ(install(), Statuses{Status::installPathNotFound});
@@ -168,7 +150,8 @@ TEST_F(AppleScriptInstallerTest, TheWorldMayChangeWhileThePanelIsOpen) {
         Status status;
         const char* line;
     } cases[] = {
-        {[&] { home_.setScripts(""); }, Status::installPathNotFound, "未找到目标文件路径"},
+        {[&] { home_.setFolder(NSSearchPathDirectory::applicationScripts, ""); }, Status::installPathNotFound,
+         "未找到目标文件路径"},
         {[&] { std::filesystem::remove(source_); }, Status::sourceFileNotExist, "源文件不存在"},
         {[&] { std::filesystem::remove_all(parent_); }, Status::createScriptDirectoryFail,
          "创建脚本文件夹失败: "},
@@ -176,7 +159,7 @@ TEST_F(AppleScriptInstallerTest, TheWorldMayChangeWhileThePanelIsOpen) {
          "安装脚本失败: "},
     };
     for (const auto& [change, status, line] : cases) {
-        home_.setScripts(directory_);
+        home_.setFolder(NSSearchPathDirectory::applicationScripts, directory_);
         folder_.write("source/My Script.scpt", "x");
         std::filesystem::remove_all(parent_);
         log_.clear();

@@ -13,6 +13,7 @@
 #include "Platform/Foundation/NSSearchPath.h"
 #include "Platform/Scripting/NSWorkspace.h"
 #include "TestKit/ChildProcess.h"
+#include "TestKit/FakeBundle.h"
 #include "TestKit/LogCapture.h"
 #include "TestKit/PrivateBus.h"
 #include "TestKit/ScratchFolder.h"
@@ -26,23 +27,6 @@ using testkit::LogCapture;
 using testkit::ScratchFolder;
 
 constexpr const char* kTarget = "com.example.Target";
-
-class ScriptsHome final : public SearchPaths {
-  public:
-    explicit ScriptsHome(std::string scripts) : scripts_(std::move(scripts)) { installForTesting(this); }
-    ~ScriptsHome() override { installForTesting(nullptr); }
-    ScriptsHome(const ScriptsHome&) = delete;
-    ScriptsHome& operator=(const ScriptsHome&) = delete;
-
-    std::string homeDirectory() const override { return "/home/tester"; }
-    std::string temporaryDirectory() const override { return "/tmp/"; }
-    std::string userDirectory(NSSearchPathDirectory directory) const override {
-        return directory == NSSearchPathDirectory::applicationScripts ? scripts_ : "";
-    }
-
-  private:
-    std::string scripts_;
-};
 
 class ScriptSenderTest : public testing::Test {
   protected:
@@ -81,7 +65,8 @@ class ScriptSenderTest : public testing::Test {
     }
 
     ScratchFolder scripts_;
-    ScriptsHome home_{scripts_.path()};
+    testkit::FakeSearchPaths home_{"/home/tester",
+                                   {{NSSearchPathDirectory::applicationScripts, scripts_.path()}}};
     LogCapture log_;
     ScriptSender sender_{kTarget};
 };
