@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "Platform/Layout/LayoutSystem.h"
 
@@ -32,7 +33,13 @@ void LayoutEngine::layout(LayoutItem& item) {
 bool LayoutEngine::update(LayoutItem& root) {
     const bool keeps = system_ && root.stale_ == LayoutItem::Stale::constants;
     root.stale_ = LayoutItem::Stale::no;
+    auto fitted = std::exchange(fitted_, nullptr);
     if (keeps && system_->edit() && system_->solve()) return true;
+    if (fitted) {
+        // What was put together for the size of a part is the greater half of the whole.
+        system_ = std::make_unique<System>(root, System::Purpose::layout, reported_, std::move(fitted));
+        if (!system_->lacksSome() && system_->solve()) return true;
+    }
     system_ = std::make_unique<System>(root, System::Purpose::layout, reported_);
     return system_->solve();
 }
@@ -66,14 +73,24 @@ void LayoutEngine::writeFrames() {
 }
 
 CGSize LayoutEngine::fittingSize(LayoutItem& item) {
+    LayoutItem& root = item.layoutRoot();
     std::set<std::uint64_t> reported;
-    if (const auto& engine = item.layoutRoot().engine_) reported = engine->reported_;
-    System system(item, System::Purpose::fittingSize, reported);
-    if (!system.solve()) return {};
+    if (root.engine_) reported = root.engine_->reported_;
+    auto system = std::make_unique<System>(item, System::Purpose::fittingSize, reported);
+    if (!system->solve()) return {};
     const auto side = [&](System::Component component) {
-        return std::max(0.0, tidy(system.valueOf(system.nodes.front(), component)));
+        return std::max(0.0, tidy(system->valueOf(system->nodes.front(), component)));
     };
-    return {side(System::width), side(System::height)};
+    const CGSize size{side(System::width), side(System::height)};
+    // A layout is likely to follow.
+    if (&item != &root && root.stale_ == LayoutItem::Stale::structure && !item.translates_ &&
+        !system->lacksSome()) {
+        if (!root.engine_) root.engine_.reset(new LayoutEngine);
+        root.engine_->fitted_ = std::move(system);
+    }
+    return size;
 }
+
+void LayoutEngine::forgetFitted() noexcept { fitted_.reset(); }
 
 }  // namespace zqcore::platform

@@ -29,6 +29,10 @@ class ZQ_EXPORT LayoutEngine {
     LayoutEngine(const LayoutEngine&) = delete;
     LayoutEngine& operator=(const LayoutEngine&) = delete;
 
+    /// To be called when anything but a frame changed in the tree: what a fitting size was found with is of
+    /// no more use then.
+    void forgetFitted() noexcept;
+
     /// Whether a pass is just giving the items their frames.
     [[nodiscard]] bool isWritingFrames() const noexcept { return writing_; }
 
@@ -40,6 +44,7 @@ class ZQ_EXPORT LayoutEngine {
     void writeFrames();
 
     std::unique_ptr<System> system_;
+    std::unique_ptr<System> fitted_;    // of the last fitting size inside the tree, until something changes
     std::set<std::uint64_t> reported_;  // dropped constraints that were told of, by age
     bool writing_ = false;
 };

@@ -79,6 +79,7 @@ void LayoutItem::markStale(Stale how) {
     if (!*self_) return;  // ending: its tree can't be asked any more
     LayoutItem& root = layoutRoot();
     root.stale_ = std::max(root.stale_, how);
+    if (root.engine_) root.engine_->forgetFitted();
     layoutDidBecomeStale();
 }
 

@@ -62,6 +62,8 @@ struct LayoutSolver::Machine {
 LayoutSolver::LayoutSolver() : machine_(std::make_unique<Machine>()) {}
 
 LayoutSolver::~LayoutSolver() = default;
+LayoutSolver::LayoutSolver(LayoutSolver&&) noexcept = default;
+LayoutSolver& LayoutSolver::operator=(LayoutSolver&&) noexcept = default;
 
 LayoutSolver::Variable LayoutSolver::addVariable() { return machine_->tableau.addSymbol(Kind::external); }
 

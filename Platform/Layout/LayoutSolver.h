@@ -33,8 +33,8 @@ class ZQ_EXPORT LayoutSolver final {
 
     LayoutSolver();
     ~LayoutSolver();
-    LayoutSolver(const LayoutSolver&) = delete;
-    LayoutSolver& operator=(const LayoutSolver&) = delete;
+    LayoutSolver(LayoutSolver&&) noexcept;
+    LayoutSolver& operator=(LayoutSolver&&) noexcept;
 
     /// A new variable. It may take any value.
     [[nodiscard]] Variable addVariable();

@@ -11,12 +11,16 @@ constexpr std::size_t kRoot = 0;
 
 }  // namespace
 
-LayoutEngine::System::System(LayoutItem& root, Purpose purpose, std::set<std::uint64_t>& reported)
-    : purpose_(purpose), reported_(reported) {
+LayoutEngine::System::System(LayoutItem& root, Purpose purpose, std::set<std::uint64_t>& reported,
+                             std::unique_ptr<System> part)
+    : purpose_(purpose), reported_(reported), part_(std::move(part)) {
     addNode(root, kRoot);
+    updateConstants();
     std::vector<NSLayoutConstraint*> constraints;
-    for (const Node& node : nodes) {
-        for (const auto& [age, constraint] : node.item->held_) constraints.push_back(constraint.get());
+    for (std::size_t place = 0; place < nodes.size(); ++place) {
+        if (isTakenOver(place)) continue;
+        for (const auto& [age, constraint] : nodes[place].item->held_)
+            constraints.push_back(constraint.get());
     }
     std::sort(constraints.begin(), constraints.end(),
               [](const auto* a, const auto* b) { return a->age_ < b->age_; });
@@ -26,13 +30,15 @@ LayoutEngine::System::System(LayoutItem& root, Purpose purpose, std::set<std::ui
     addEquations(constraints, false);
     if (purpose_ == Purpose::fittingSize) {
         for (const Component component : {width, height}) {
-            solver.addWish(variableOf(nodes[kRoot], component), 0, NSLayoutPriorityFittingSizeCompression,
-                           NSLayoutPriorityFittingSizeCompression);
+            fittingWishes_.push_back(solver.addWish(variableOf(nodes[kRoot], component), 0,
+                                                    NSLayoutPriorityFittingSizeCompression,
+                                                    NSLayoutPriorityFittingSizeCompression));
         }
     }
 }
 
 void LayoutEngine::System::addNode(LayoutItem& item, std::size_t parent) {
+    if (part_ && !part_->nodes.empty() && part_->nodes.front().item == &item) return takeOverPart(parent);
     const std::size_t place = nodes.size();
     places_.emplace(&item, place);
     Node node;
@@ -41,6 +47,29 @@ void LayoutEngine::System::addNode(LayoutItem& item, std::size_t parent) {
     node.frame = item.layoutFrame();
     nodes.push_back(node);
     item.forEachLayoutSubitem([&](LayoutItem& subitem) { addNode(subitem, place); });
+}
+
+// Its nodes come in the order in which they would be added here, and nothing is in the solver yet.
+void LayoutEngine::System::takeOverPart(std::size_t parent) {
+    solver = std::move(part_->solver);
+    for (const LayoutSolver::Constraint wish : part_->fittingWishes_) solver.removeConstraint(wish);
+    partBegin_ = nodes.size();
+    for (Node& node : part_->nodes) {
+        places_.emplace(node.item, nodes.size());
+        node.parent = nodes.size() == partBegin_ ? parent : node.parent + partBegin_;
+        node.frame = node.item->layoutFrame();
+        nodes.push_back(node);
+    }
+    partEnd_ = nodes.size();
+    for (Equation& equation : part_->equations_) {
+        for (Share& share : equation.shares) share.node += partBegin_;
+        equations_.push_back(std::move(equation));
+    }
+    part_->nodes.clear();
+}
+
+bool LayoutEngine::System::isTakenOver(std::size_t node) const noexcept {
+    return node >= partBegin_ && node < partEnd_;
 }
 
 bool LayoutEngine::System::decides(const Node& node, Component component) const {
@@ -115,6 +144,7 @@ void LayoutEngine::System::addEquations(const std::vector<NSLayoutConstraint*>& 
                                  equation.constant, constraint->priority_);
         if (!handle) {
             dropped_ = true;
+            if (part_) return;
             report(*constraint);
             continue;
         }
@@ -139,8 +169,9 @@ void LayoutEngine::System::report(const NSLayoutConstraint& dropped) {
 }
 
 void LayoutEngine::System::addContentSizes() {
-    for (Node& node : nodes) {
-        if (!decides(node, width)) continue;
+    for (std::size_t place = 0; place < nodes.size(); ++place) {
+        Node& node = nodes[place];
+        if (isTakenOver(place) || !decides(node, width)) continue;
         LayoutItem& item = *node.item;
         const CGSize size = item.contentSize();
         const std::array<double, 2> sizes{size.width, size.height};
@@ -179,13 +210,17 @@ bool LayoutEngine::System::edit() {
             if (node.wishes[axis]) solver.setConstant(*node.wishes[axis], sizes[axis]);
         }
     }
+    updateConstants();
+    return !dropped_;  // what was dropped may hold now
+}
+
+void LayoutEngine::System::updateConstants() {
     for (Equation& equation : equations_) {
         const double constant = constantOf(equation);
         if (constant == equation.constant) continue;
         equation.constant = constant;
         solver.setConstant(equation.handle, constant);
     }
-    return !dropped_;  // what was dropped may hold now
 }
 
 bool LayoutEngine::System::solve() {

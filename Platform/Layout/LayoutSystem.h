@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <set>
 #include <unordered_map>
@@ -43,10 +44,16 @@ struct LayoutEngine::System {
     };
     enum class Purpose { layout, fittingSize };
 
-    System(LayoutItem& root, Purpose purpose, std::set<std::uint64_t>& reported);
+    /// A system for layout may take over what `part`, one for the fitting size of an item inside, has put
+    /// together, provided that nothing but frames changed since.
+    System(LayoutItem& root, Purpose purpose, std::set<std::uint64_t>& reported,
+           std::unique_ptr<System> part = nullptr);
 
     /// Edits what changed since the last pass. False if the system has to be made anew.
     bool edit();
+    /// Whether a constraint could not hold. Of a system that took over a part it may be another than the
+    /// newest one, and nothing is told: it has to be made anew.
+    [[nodiscard]] bool lacksSome() const noexcept { return dropped_; }
     /// Solves, and holds what is still free where it is.
     bool solve();
     [[nodiscard]] double valueOf(const Node& node, Component component) const;
@@ -56,6 +63,9 @@ struct LayoutEngine::System {
 
   private:
     void addNode(LayoutItem& item, std::size_t parent);
+    void takeOverPart(std::size_t parent);
+    [[nodiscard]] bool isTakenOver(std::size_t node) const noexcept;
+    void updateConstants();
     void addEquations(const std::vector<NSLayoutConstraint*>& constraints, bool required);
     void addContentSizes();
     void addContentLimit(Node& node, Component component, double size, NSLayoutPriority notAbove,
@@ -75,7 +85,10 @@ struct LayoutEngine::System {
     std::vector<Equation> equations_;
     std::size_t heldAtRevision_ = 0;
     bool dropped_ = false;
-    std::vector<LayoutSolver::Term> terms_;  // of the equation being made
+    std::vector<LayoutSolver::Constraint> fittingWishes_;
+    std::unique_ptr<System> part_;             // without its solver and nodes once they are taken over
+    std::size_t partBegin_ = 0, partEnd_ = 0;  // its nodes among these
+    std::vector<LayoutSolver::Term> terms_;    // of the equation being made
     std::vector<Share> shares_;
 };
 

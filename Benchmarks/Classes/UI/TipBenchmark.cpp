@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "Benchmarks/Peers/BareTip.h"
 #include "Classes/UI/TipManager/TipManager.h"
@@ -21,15 +22,16 @@ using namespace zqcore;
 using namespace zqcore::platform;
 using benchmarks::BareTip;
 
-std::shared_ptr<TipInfo> makeTip() {
+/// `mark` stands behind each text of the lines.
+std::shared_ptr<TipInfo> makeTip(const std::string& mark = {}) {
     auto info = TipInfo::make();
-    info->text = "翻译选中的文字";
+    info->text = "翻译选中的文字" + mark;
     info->trigger = TipTrigger::keyCombo(*KeyCombo::make(Key::d, NSEventModifierFlagOption));
-    info->rightText = "Choose a language";
+    info->rightText = "Choose a language" + mark;
     info->rightTrigger = TipTrigger::key(Key::return_);
     info->windowActions = {
-        {"Pin", TipTrigger::keyCombo(*KeyCombo::make(Key::p, NSEventModifierFlagCommand))},
-        {"Zoom in", TipTrigger::keyCombo(*KeyCombo::make(Key::equal, NSEventModifierFlagCommand))}};
+        {"Pin" + mark, TipTrigger::keyCombo(*KeyCombo::make(Key::p, NSEventModifierFlagCommand))},
+        {"Zoom in" + mark, TipTrigger::keyCombo(*KeyCombo::make(Key::equal, NSEventModifierFlagCommand))}};
     return info;
 }
 
@@ -62,6 +64,8 @@ class Scene {
         TipManager::close();
         ui_.turn();
     }
+    /// Words that the process hasn't shown yet; the keys and the heading stay.
+    void renewWords() { info_ = makeTip(" " + std::to_string(++tips_)); }
     std::shared_ptr<TipWindow> tip() {
         return std::dynamic_pointer_cast<TipWindow>(
             ui_.application().windowWithWindowNumber(TipManager::windowNumber().value_or(0)));
@@ -72,15 +76,19 @@ class Scene {
     std::shared_ptr<NSWindow> window_;
     std::shared_ptr<NSView> view_;
     std::shared_ptr<TipInfo> info_ = makeTip();
+    int tips_ = 100;
 };
 
-void showTip(benchmark::State& state, CGFloat scale) {
+enum class Words { asBefore, renewed };
+
+void showTip(benchmark::State& state, CGFloat scale, Words words) {
     Scene scene(scale);
     for (auto _ : state) {
         scene.show();
         state.PauseTiming();
         if (!scene.isDrawn()) state.SkipWithError("no tip was drawn");
         scene.close();
+        if (words == Words::renewed) scene.renewWords();
         state.ResumeTiming();
     }
 }
@@ -146,9 +154,15 @@ void drawBare(benchmark::State& state, CGFloat scale) {
     }
 }
 
-BENCHMARK_CAPTURE(showTip, one, 1.0)->Name("tip/scale1/ours")->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(drawBare, one, 1.0)->Name("tip/scale1/cairo")->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(showTip, two, 2.0)->Name("tip/scale2/ours")->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(drawBare, two, 2.0)->Name("tip/scale2/cairo")->Unit(benchmark::kMicrosecond);
+#define ZQ_TIP(name, scale, words)                 \
+    BENCHMARK_CAPTURE(showTip, name, scale, words) \
+        ->Name("tip/" #name "/ours")               \
+        ->Unit(benchmark::kMicrosecond);           \
+    BENCHMARK_CAPTURE(drawBare, name, scale)->Name("tip/" #name "/cairo")->Unit(benchmark::kMicrosecond)
+ZQ_TIP(scale1, 1.0, Words::asBefore);
+ZQ_TIP(scale2, 2.0, Words::asBefore);
+ZQ_TIP(scale1_words, 1.0, Words::renewed);
+ZQ_TIP(scale2_words, 2.0, Words::renewed);
+#undef ZQ_TIP
 
 }  // namespace

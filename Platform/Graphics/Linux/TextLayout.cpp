@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -297,18 +298,20 @@ class TextLayout::Recent {
                                       const TextLayoutOptions& options) {
         if (text.size() > kLongest) return Impl::ofPlainText(text, font, options);
         thread_local std::vector<Entry> entries;
-        Entry wanted{std::string(text), font->pointSize(), font->weight(), options, nullptr};
+        thread_local std::uint64_t uses = 0;
         // Clipped lines are the same at any width.
+        TextLayoutOptions wanted = options;
         if (options.lineBreak == NSLineBreakMode::byClipping || !isLimited(options))
-            wanted.options.width = TextLayoutOptions::kNoLimit;
-        const auto found = std::ranges::find_if(entries, [&](const Entry& one) { return one.isFor(wanted); });
+            wanted.width = TextLayoutOptions::kNoLimit;
+        const auto found =
+            std::ranges::find_if(entries, [&](const Entry& one) { return one.isFor(text, *font, wanted); });
         if (found != entries.end()) {
-            std::rotate(entries.begin(), found, found + 1);
-            return entries.front().layout;
+            found->lastUse = ++uses;
+            return found->layout;
         }
-        wanted.layout = Impl::ofPlainText(text, font, wanted.options);
-        if (entries.size() >= kMost) entries.pop_back();
-        return entries.insert(entries.begin(), std::move(wanted))->layout;
+        if (entries.size() >= kMost) entries.erase(std::ranges::min_element(entries, {}, &Entry::lastUse));
+        auto made = Impl::ofPlainText(text, font, wanted);
+        return entries.emplace_back(std::string(text), std::move(made), ++uses).layout;
     }
 
   private:
@@ -317,14 +320,13 @@ class TextLayout::Recent {
 
     struct Entry {
         std::string text;
-        CGFloat size;
-        CGFloat weight;
-        TextLayoutOptions options;
         std::shared_ptr<Impl> layout;
+        std::uint64_t lastUse;
 
-        [[nodiscard]] bool isFor(const Entry& other) const {
-            return text == other.text && size == other.size && weight == other.weight &&
-                   options == other.options;
+        [[nodiscard]] bool isFor(std::string_view wanted, const NSFont& font,
+                                 const TextLayoutOptions& options) const {
+            return text == wanted && layout->font->pointSize() == font.pointSize() &&
+                   layout->font->weight() == font.weight() && layout->options == options;
         }
     };
 };

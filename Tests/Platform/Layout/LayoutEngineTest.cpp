@@ -223,6 +223,72 @@ TEST_F(LayoutEngineTest, FittingSizeIsTheSmallestThatHoldsAndIgnoresTheOutside) 
     EXPECT_EQ(LayoutEngine::fittingSize(empty), CGSize{});
 }
 
+// What a fitting size was found with serves the layout that follows, and must not show.
+TEST_F(LayoutEngineTest, ALayoutIsTheSameAfterAFittingSize) {
+    struct Scene {
+        TestItem root{"root", {{0, 0}, {200, 100}}};
+        TestItem card{"card", {{0, 0}, {10, 10}}};
+        TestItem label{"label"}, cap{"cap"}, still{"still", {{3, 40}, {30, 7}}};
+        std::shared_ptr<MadeConstraint> gap;
+
+        Scene() {
+            root.add(card);
+            for (TestItem* item : {&label, &cap, &still}) card.add(*item);
+            label.setContentSize({40, 14});
+            cap.setContentSize({20, 20});
+            snp(card).makeConstraints([](ConstraintMaker& make) {
+                make.left().top().equalToSuperview().offset(10);
+                make.width().equalTo(0).priority(NSLayoutPriorityFittingSizeCompression);
+            });
+            snp(label).makeConstraints([](ConstraintMaker& make) {
+                make.left().top().equalToSuperview().offset(15);
+                make.bottom().lessThanOrEqualToSuperview().offset(-9);
+            });
+            snp(cap).makeConstraints([&](ConstraintMaker& make) {
+                gap = make.left().equalTo(snp(label).right()).offset(8).constraint();
+                make.top().equalTo(snp(still).bottom()).offset(2);
+                make.right().bottom().lessThanOrEqualToSuperview().offset(-15);
+            });
+        }
+    };
+    using Change = std::function<void(Scene&)>;
+    const std::vector<Change> changes{
+        [](Scene&) {},
+        [](Scene& scene) {
+            scene.root.setFrame({{0, 0}, {300, 60}});
+        },
+        [](Scene& scene) {
+            scene.still.setFrame({{3, 50}, {30, 9}});
+        },
+        [](Scene& scene) {
+            scene.label.setContentSize({70, 14});
+        },
+        [](Scene& scene) { scene.gap->updateOffset(31); },
+        [](Scene& scene) { scene.gap->deactivate(); },
+        [](Scene& scene) { scene.cap.remove(); },
+        [](Scene& scene) {
+            snp(scene.card).makeConstraints([](ConstraintMaker& make) { make.right().equalToSuperview(); });
+        }};
+    for (const Change& change : changes) {
+        Scene plain, before, after;
+        EXPECT_EQ(LayoutEngine::fittingSize(before.card), (CGSize{98, 84}));
+        for (Scene* scene : {&plain, &before, &after}) change(*scene);
+        static_cast<void>(LayoutEngine::fittingSize(after.card));
+        // Twice: the second pass edits what the first one put together.
+        for (const CGFloat width : {40.0, 90.0}) {
+            for (Scene* scene : {&plain, &before, &after}) {
+                if (width != 40) scene->label.setContentSize({width, 14});
+                scene->root.layout();
+            }
+            for (const auto item : {&Scene::card, &Scene::label, &Scene::cap}) {
+                const CGRect frame = (plain.*item).layoutFrame();
+                EXPECT_EQ((before.*item).layoutFrame(), frame) << "change " << &change - changes.data();
+                EXPECT_EQ((after.*item).layoutFrame(), frame) << "change " << &change - changes.data();
+            }
+        }
+    }
+}
+
 TEST_F(LayoutEngineTest, ADetachedRootTakesItsSolvedSize) {
     TestItem pill("pill", {{11, 12}, {1, 1}});
     pill.add(first);
