@@ -6,6 +6,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 
@@ -73,11 +74,18 @@ bool parseServerOptions(int argc, char** argv, ServerOptions& options, std::stri
             continue;
         }
         const char* value = i + 1 < argc ? argv[i + 1] : nullptr;
-        if (value && name == "--without") {
+        bool understood = value != nullptr;
+        if (understood && name == "--without") {
             options.without.emplace_back(value);
-        } else if (value && name == "--end-with") {
-            options.endWith = std::atoi(value);
-        } else if (!value || !other(name, value)) {
+        } else if (understood && name == "--end-with") {
+            const std::string_view number = value;
+            const auto [end, error] =
+                std::from_chars(number.data(), number.data() + number.size(), options.endWith);
+            understood = error == std::errc{} && end == number.data() + number.size() && options.endWith > 0;
+        } else if (understood) {
+            understood = other(name, value);
+        }
+        if (!understood) {
             std::fprintf(stderr, "%s: what is \"%s\"? --help tells the options\n", argv[0], argv[i]);
             return false;
         }
