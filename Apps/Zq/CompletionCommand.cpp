@@ -1,7 +1,8 @@
-#include <cstdio>
+#include <string>
 
 #include "Apps/Zq/Arguments.h"
 #include "Apps/Zq/Command.h"
+#include "Apps/Zq/Output.h"
 
 namespace zq {
 
@@ -14,25 +15,25 @@ int run(std::span<const std::string> arguments) {
         return complain("completion is written for bash and zsh");
     }
     // zsh reads the same function through its bash emulation.
-    if (parsed->words()[0] == "zsh") std::puts("autoload -U +X bashcompinit && bashcompinit");
-    std::puts("_zq() {\n    local word=${COMP_WORDS[COMP_CWORD]} words");
-    std::puts(
+    std::string script;
+    if (parsed->words()[0] == "zsh") script += "autoload -U +X bashcompinit && bashcompinit\n";
+    script +=
+        "_zq() {\n    local word=${COMP_WORDS[COMP_CWORD]} words\n"
         "    case ${COMP_WORDS[COMP_CWORD-1]} in --body-file|--key-file) COMPREPLY=($(compgen -f -- "
-        "\"$word\")); "
-        "return;; esac");
-    std::puts("    if [ $COMP_CWORD -eq 1 ]; then\n        words='--help'");
+        "\"$word\")); return;; esac\n"
+        "    if [ $COMP_CWORD -eq 1 ]; then\n        words='--help'\n";
     for (const Command* command : allCommands()) {
-        if (!command->hidden) std::printf("        words+=' %s'\n", std::string(command->name).c_str());
+        if (!command->hidden) script.append("        words+=' ").append(command->name).append("'\n");
     }
-    std::puts("    else\n        case ${COMP_WORDS[1]} in");
+    script += "    else\n        case ${COMP_WORDS[1]} in\n";
     for (const Command* command : allCommands()) {
         if (command->hidden) continue;
-        std::printf("            %s) words='--help %s' ;;\n", std::string(command->name).c_str(),
-                    std::string(command->completions).c_str());
+        script.append("            ").append(command->name).append(") words='--help ");
+        script.append(command->completions).append("' ;;\n");
     }
-    std::puts(
-        "        esac\n    fi\n    COMPREPLY=($(compgen -W \"$words\" -- \"$word\"))\n}\ncomplete -F _zq zq");
-    return kDone;
+    script +=
+        "        esac\n    fi\n    COMPREPLY=($(compgen -W \"$words\" -- \"$word\"))\n}\ncomplete -F _zq zq";
+    return finishWithBytes(script, /*line=*/true);
 }
 
 }  // namespace

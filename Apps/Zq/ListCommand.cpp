@@ -46,7 +46,8 @@ int run(std::span<const std::string> arguments) {
         one.set("response", fieldsOf(*entry.response));
         list.emplace_back(std::move(one));
     }
-    if (list.empty()) return complain("no request has the path \"" + parsed->words()[0] + "\"");
+    if (list.empty())
+        return complain("no request has the path \"" + parsed->words()[0] + "\"", kAnsweredWithError);
     return finishWith(Value(std::move(list)));
 }
 
@@ -58,7 +59,8 @@ const Command kListCommand = {
     .help =
         "usage: zq list [PATH]\n\n"
         "Prints a JSON array of all requests, or of those with that path: path, type, to whom, the lowest\n"
-        "version that knows it, and the fields of request and response.\n",
+        "version that knows it, and the fields of request and response.\n\n"
+        "Exit code 1: no request has that path.\n",
     .completions =
         "translate ocr open hotkey toggle selected/text current/app info launch hotkey/fetch hotkey/handle",
     .hidden = false,

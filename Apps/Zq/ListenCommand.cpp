@@ -1,5 +1,3 @@
-#include <atomic>
-#include <chrono>
 #include <cstdio>
 #include <limits>
 #include <memory>
@@ -9,6 +7,7 @@
 #include "Apps/Zq/Output.h"
 #include "Classes/AppleScript/DistributedSender/DistributedSender.h"
 #include "Classes/Core/Utility/Codable/JSONTool.h"
+#include "Classes/Core/Utility/DispatchTimeLiterals.h"
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Dispatch/RunLoop.h"
 #include "Platform/Scripting/NSDistributedNotificationCenter.h"
@@ -23,7 +22,7 @@ int run(std::span<const std::string> arguments) {
     const auto parsed = Arguments::parse(arguments, {{"count"}, {"timeout"}}, 0, 0);
     if (!parsed) return kUsage;
     const auto count = parsed->positiveNumber("count", std::numeric_limits<double>::infinity());
-    const auto seconds = parsed->positiveNumber("timeout", 1e9);
+    const auto seconds = parsed->positiveNumber("timeout", std::numeric_limits<double>::infinity());
     if (!count || !seconds) return kUsage;
 
     // The sender of this process leaves out its own kind, but who listens wants to hear other copies of
@@ -41,8 +40,8 @@ int run(std::span<const std::string> arguments) {
             ++*heard;
         });
     std::fputs("listening\n", stderr);
-    const auto limit = std::chrono::duration_cast<Clock::Duration>(std::chrono::duration<double>(*seconds));
-    const bool enough = RunLoop::main().runUntil([&] { return *heard >= *count; }, limit);
+    const bool enough =
+        RunLoop::main().runUntil([&] { return *heard >= *count; }, durationFromSeconds(*seconds));
     return enough || !parsed->has("count") ? kDone
                                            : complain("too few notifications in time", kNoAnswerInTime);
 }

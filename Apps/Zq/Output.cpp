@@ -1,5 +1,8 @@
 #include "Apps/Zq/Output.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <utility>
 
@@ -35,11 +38,22 @@ Value shortened(const Value& value) {
     return value;
 }
 
+// Null until standard output is claimed, or if it can't be.
+std::FILE* claimed = nullptr;
+
 bool put(std::string_view bytes) {
-    return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() && std::fflush(stdout) == 0;
+    std::FILE* const results = claimed ? claimed : stdout;
+    return std::fwrite(bytes.data(), 1, bytes.size(), results) == bytes.size() && std::fflush(results) == 0;
 }
 
 }  // namespace
+
+void claimStandardOutput() {
+    const int own = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (own < 0) return;
+    claimed = ::fdopen(own, "w");
+    if (claimed) ::dup2(STDERR_FILENO, STDOUT_FILENO);
+}
 
 bool printJSON(Value value, bool brief) {
     if (brief) value = shortened(value);

@@ -8,6 +8,10 @@
 
 namespace zq {
 
+/// Leaves standard output to results alone: what the library prints there, of a folder that it can't make for
+/// one, goes to standard error from now on. For the start of the program.
+void claimStandardOutput();
+
 /// Writes `value` as one line of JSON to standard output. With `brief`, texts of more than 100 bytes are cut
 /// to their first 24 and their size. False if standard output takes no more.
 bool printJSON(zqcore::Value value, bool brief = false);

@@ -6,6 +6,7 @@
 
 #include "Apps/Zq/Arguments.h"
 #include "Apps/Zq/Command.h"
+#include "Apps/Zq/Output.h"
 #include "Platform/Scripting/SBApplication.h"
 
 namespace zq {
@@ -44,8 +45,7 @@ int run(std::span<const std::string> arguments) {
     const auto answer = application->request(standardInput());
     if (failure->error) return fail(failure->error->code(), failure->error->localizedDescription());
     if (!answer) return fail(-1708, "the command gave no result");
-    std::fwrite(answer->data(), 1, answer->size(), stdout);
-    return std::fflush(stdout) == 0 ? kDone : kUnreadable;
+    return finishWithBytes(*answer, /*line=*/false);
 }
 
 }  // namespace

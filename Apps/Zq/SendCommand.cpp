@@ -2,6 +2,8 @@
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "Apps/Zq/Arguments.h"
@@ -12,6 +14,7 @@
 #include "Classes/AppleScript/BridgeSender/BridgeSender.h"
 #include "Classes/AppleScript/DistributedSender/DistributedSender.h"
 #include "Classes/AppleScript/ScriptSender/ScriptSender.h"
+#include "Classes/Core/Utility/DispatchTimeLiterals.h"
 #include "Platform/Base/Clock.h"
 #include "Platform/Dispatch/RunLoop.h"
 
@@ -51,8 +54,9 @@ std::shared_ptr<typename R::RequestValue> requestValueOf(const Order& order) {
     auto value = R::RequestValue::make();
     if (order.body) {
         if constexpr (requires { value->body; }) {
-            value = R::RequestValue::fromJSONString("{\"body\":" + *order.body + "}");
-            if (!value || !value->body) {
+            using Body = std::remove_cvref_t<decltype(*value->body)>;
+            value->body = JSONTool::decodeToModel<Body>(std::string_view(*order.body));
+            if (!value->body) {
                 complain("the body doesn't fit the request " + order.path + "; zq list tells its fields");
                 return nullptr;
             }
@@ -95,10 +99,9 @@ int sendAndWait(const Sender& sender, const std::shared_ptr<R>& request, const O
         outcome->status = caseName(status);
         outcome->done = true;
     });
-    const auto limit =
-        std::chrono::duration_cast<Clock::Duration>(std::chrono::duration<double>(order.seconds));
-    if (!RunLoop::main().runUntil([&] { return outcome->done; }, limit)) {
-        return complain("no answer within " + std::to_string(order.seconds) + " seconds", kNoAnswerInTime);
+    if (!RunLoop::main().runUntil([&] { return outcome->done; }, durationFromSeconds(order.seconds))) {
+        return complain("no answer within " + Value(order.seconds).description() + " seconds",
+                        kNoAnswerInTime);
     }
     return report(order, outcome->status, outcome->milliseconds, request);
 }

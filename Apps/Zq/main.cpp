@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Apps/Zq/Command.h"
+#include "Apps/Zq/Output.h"
 #include "Platform/Lumberjack/DDOSLogger.h"
 
 namespace zq {
@@ -76,5 +77,6 @@ int main(int argc, char** argv) {
         std::fwrite((*command)->help.data(), 1, (*command)->help.size(), stdout);
         return zq::kDone;
     }
+    zq::claimStandardOutput();
     return (*command)->run(std::span(words).subspan(1));
 }

@@ -73,10 +73,31 @@ TEST_F(ZqTest, TellsByItsExitCodeHowARequestEnded) {
     EXPECT_EQ(zq({"send", "info"}).code, 2) << "nobody is addressed";
     EXPECT_EQ(zq({"send", "open", "--to", kHelper, "--body", "{no JSON"}).code, 2);
     EXPECT_EQ(zq({"send", "toggle", "--to", kHelper, "--body", "{}"}).code, 2) << "that request has no body";
+    EXPECT_EQ(zq({"send", "open", "--to", kHelper, "--body", R"({"page":"main"},"requestId":"x")"}).code, 2)
+        << "a body is one JSON value";
     const auto absent = zq({"info", "--to", "org.example.Absent"});
     EXPECT_EQ(absent.code, 3);
     EXPECT_EQ(absent.at({"status"}), Value("notInstalled"));
     EXPECT_EQ(zq({"send", "open", "--to", kHelper, "--body-file", "/nowhere/at/all"}).code, 5);
+    EXPECT_EQ(zq({"info", "--to", kHelper, "--timeout", "1e-9"}).code, 4);
+    EXPECT_EQ(zq({"info", "--to", kHelper, "--timeout", "1e300"}).code, 0) << "longer than any clock counts";
+}
+
+TEST_F(ZqTest, StandardOutputIsForResultsAlone) {
+    // The library tells there which folders it can't make.
+    ChildProcess process({"/usr/bin/env", "XDG_DATA_HOME=/proc/none", app("zq"), "info", "--to", kHelper});
+    const auto first = JSONTool::decodeToJSONObject(process.readLine().value_or(""));
+    EXPECT_EQ(process.wait(), 0);
+    ASSERT_TRUE(first && first->asDictionary());
+    EXPECT_TRUE(first->asDictionary()->find("status"));
+}
+
+TEST_F(ZqTest, AServerRefusesOptionsThatItDoesNotKnow) {
+    for (const auto& words : {std::vector<std::string>{"--end-with", "x"}, {"--without"}, {"--allow"}}) {
+        std::vector<std::string> line{app("orbel")};
+        line.insert(line.end(), words.begin(), words.end());
+        EXPECT_EQ(ChildProcess(line).wait(), 2) << words[0];
+    }
 }
 
 TEST_F(ZqTest, TheHelperKeepsItsState) {
@@ -121,7 +142,7 @@ TEST_F(ZqTest, AServerThatCrashesIsStartedAgainAndItsReportIsFound) {
     EXPECT_EQ(zq({"send", "debug/crash", "--to", kHelper, "--body", "{}"}).at({"response", "error", "code"}),
               Value("unsupportedPath"))
         << "a server that wasn't started for it never heard of that";
-    bus_.addService(kOrbel, app("orbel") + " --allow-crash");
+    bus_.addService(kOrbel, app("orbel") + " --allow-crash --without ocr");
     const auto orbel = [](std::vector<std::string> words) {
         words.insert(words.end(), {"--to", kOrbel});
         return zq(std::move(words));
@@ -211,7 +232,7 @@ TEST_F(ZqTest, ListsEveryRequestWithItsFields) {
     const auto& fields = *(*one.output.asArray())[0].asDictionary();
     EXPECT_EQ(*fields.find("minVersion"), Value("0.1.0"));
     EXPECT_TRUE(fields.find("request")->asDictionary()->find("body.location"));
-    EXPECT_EQ(zq({"list", "nowhere"}).code, 2);
+    EXPECT_EQ(zq({"list", "nowhere"}).code, 1);
 }
 
 }  // namespace
