@@ -54,7 +54,10 @@ std::optional<NSURL> ask(int input, int output, const std::optional<NSURL>& fold
     while (true) {
         print(output, " [y/n/PATH] ");
         const auto line = readLine(input);
-        if (!line) return std::nullopt;
+        if (!line) {
+            print(output, "\n");
+            return std::nullopt;
+        }
         const auto answer = trimmed(*line);
         if (answer == "y" || answer == "Y" || answer == "yes") return folder;
         if (answer == "n" || answer == "N" || answer == "no") return std::nullopt;
