@@ -9,6 +9,7 @@
 #include "Classes/Log/Log/ZQFileLogFormatter.h"
 #include "Classes/Log/Log/ZQLog.h"
 #include "Platform/Base/NSLog.h"
+#include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Foundation/NSBundle.h"
 #include "Platform/Foundation/NSPath.h"
 #include "Platform/Foundation/NSProcessInfo.h"
@@ -28,6 +29,20 @@ constexpr std::uint64_t kMaximumNumberOfLogFiles = 50;
 constexpr std::uint64_t kLogFilesDiskQuota = 20'971'520;
 
 std::atomic<const std::shared_ptr<DDLog>*> installed{nullptr};
+// Set once the shared logger takes lines without a set-up.
+std::atomic<bool> configured{false};
+// What the set-up calls may log, and must not wait for itself.
+thread_local bool initializing = false;
+
+/// Takes what the layer below reports. Who reports may hold what the set-up of the shared logger asks for, so
+/// the set-up is left to another thread.
+void takeReport(std::string_view line) {
+    if (initializing || configured.load(std::memory_order_acquire) ||
+        installed.load(std::memory_order_acquire)) {
+        return ZQLogError(line);
+    }
+    DispatchQueue::global(DispatchQoS::utility)->async([text = std::string(line)] { ZQLogError(text); });
+}
 
 std::string orNull(std::optional<std::string> text) { return text ? std::move(*text) : "(null)"; }
 
@@ -72,8 +87,6 @@ std::string banner(std::string_view name) {
 
 void ZQManagerForLog::initialize() {
     static std::once_flag once;
-    // What the set-up calls may log, and must not wait for itself.
-    thread_local bool initializing = false;
     if (initializing) return;
     std::call_once(once, [] {
         initializing = true;
@@ -81,7 +94,7 @@ void ZQManagerForLog::initialize() {
         DDOSLogger::sharedInstance()->setLogFormatter(std::make_shared<ZQConsoleLogFormatter>());
         // Last: who reports while it holds what the set-up needs must not be sent here to wait for the
         // set-up.
-        setNSLogHandler([](std::string_view line) { ZQLogError(line); });
+        setNSLogHandler(&takeReport);
         initializing = false;
     });
     logging::ready.store(true, std::memory_order_release);
@@ -98,6 +111,7 @@ const std::shared_ptr<DDLog>& ZQManagerForLog::sharedDDLog() {
         configuring = true;
         configDDLog(*shared, kDefaultName);
         configuring = false;
+        configured.store(true, std::memory_order_release);
     });
     return shared;
 }

@@ -9,6 +9,9 @@
 #include "Classes/Core/Utility/ZQInfo.h"
 #include "Classes/Core/Utility/ZQPathFetcher.h"
 #include "Classes/Log/Log/ZQLog.h"
+#include "Platform/Base/NSLog.h"
+#include "Platform/Dispatch/ClockDriver.h"
+#include "Platform/Foundation/NSSearchPath.h"
 #include "Platform/Foundation/NSUserDefaults.h"
 #include "Platform/Lumberjack/DDLog.h"
 #include "TestKit/ChildProcess.h"
@@ -130,6 +133,30 @@ TEST_F(ZQManagerForLogTest, TheSharedLoggerIsSetUpOnceByWhomeverComesFirst) {
     const std::string file = filesOf("Default");
     EXPECT_EQ(file.find("启动 ZQLog(Default)"), file.rfind("启动 ZQLog(Default)"));
     for (int i = 0; i < 4; ++i) EXPECT_TRUE(file.contains(" ● thread " + std::to_string(i) + "\n")) << file;
+}
+
+/// Answers as the system does, and reports something meanwhile, as a damaged property list makes it.
+class ReportingSearchPaths final : public SearchPaths {
+  public:
+    ReportingSearchPaths() { installForTesting(this); }
+    ~ReportingSearchPaths() override { installForTesting(nullptr); }
+    std::string homeDirectory() const override { return system().homeDirectory(); }
+    std::string temporaryDirectory() const override { return system().temporaryDirectory(); }
+    std::string userDirectory(NSSearchPathDirectory directory) const override {
+        NSLog("something is damaged");
+        return system().userDirectory(directory);
+    }
+};
+
+TEST_F(ZQManagerForLogTest, AReportFromInsideWhatTheSetUpAsksForDoesNotSetUp) {
+    {
+        const ReportingSearchPaths paths;
+        EXPECT_FALSE(ZQPathFetcher::sandboxDirectory().empty()) << "the banner tells it too";
+        EXPECT_FALSE(ZQPathFetcher::downloadsDirectory().empty());
+        ClockDriver::waitUntilQuiet();
+    }
+    const std::string file = filesOf("Default");
+    EXPECT_TRUE(file.contains(" ● something is damaged\n")) << file;
 }
 
 TEST_F(ZQManagerForLogTest, WithoutTheInfoBitBothOutputsAreThereAndNoBanner) {
