@@ -61,7 +61,8 @@ void NSStackView::addArrangedSubview(const std::shared_ptr<NSView>& view) {
     if (std::ranges::find(arranged_, view) == arranged_.end()) insertArrangedSubview(view, arranged_.size());
 }
 
-void NSStackView::insertArrangedSubview(const std::shared_ptr<NSView>& view, std::size_t index) {
+void NSStackView::insertArrangedSubview(const std::shared_ptr<NSView>& arranged, std::size_t index) {
+    const auto view = arranged;  // a copy: it may be an element of the list
     if (!view || isDescendantOf(*view)) return;
     std::erase(arranged_, view);
     if (view->superview().get() != this) addSubview(view);
@@ -71,7 +72,8 @@ void NSStackView::insertArrangedSubview(const std::shared_ptr<NSView>& view, std
     changed();
 }
 
-void NSStackView::removeArrangedSubview(const std::shared_ptr<NSView>& view) {
+void NSStackView::removeArrangedSubview(const std::shared_ptr<NSView>& arranged) {
+    const auto view = arranged;  // a copy: it may be an element of the list
     if (std::erase(arranged_, view) == 0) return;
     customSpacing_.erase(view.get());
     changed();

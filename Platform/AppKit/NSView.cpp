@@ -34,8 +34,11 @@ void NSView::addSubview(const std::shared_ptr<NSView>& view) {
     addSubview(view, NSWindowOrderingMode::above, nullptr);
 }
 
-void NSView::addSubview(const std::shared_ptr<NSView>& view, NSWindowOrderingMode place,
-                        const std::shared_ptr<NSView>& sibling) {
+void NSView::addSubview(const std::shared_ptr<NSView>& subview, NSWindowOrderingMode place,
+                        const std::shared_ptr<NSView>& beside) {
+    // Copies: both may be elements of a list of subviews that changes below.
+    const auto view = subview;
+    const auto sibling = beside;
     if (!view || isDescendantOf(*view)) return;
     if (sibling == view && view->superview_.lock().get() == this) return;
     const auto held = self();
@@ -180,7 +183,8 @@ void NSView::addTrackingArea(const std::shared_ptr<NSTrackingArea>& area) {
 }
 
 void NSView::removeTrackingArea(const std::shared_ptr<NSTrackingArea>& area) {
-    if (std::erase(trackingAreas_, area) > 0) PointerTracking::shared().remove(*area);
+    const auto held = area;  // it may be an element of the list
+    if (std::erase(trackingAreas_, held) > 0) PointerTracking::shared().remove(*held);
 }
 
 void NSView::markTracking() {

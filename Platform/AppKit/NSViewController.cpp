@@ -25,7 +25,8 @@ void NSViewController::setView(std::shared_ptr<NSView> view) {
 
 void NSViewController::loadView() { setView(makeObject<NSView>()); }
 
-void NSViewController::addChildViewController(const std::shared_ptr<NSViewController>& child) {
+void NSViewController::addChildViewController(const std::shared_ptr<NSViewController>& controller) {
+    const auto child = controller;  // a copy: it may be an element of the list that it leaves
     for (auto above = std::static_pointer_cast<NSViewController>(shared_from_this()); above;
          above = above->parent_.lock()) {
         if (above == child) return;

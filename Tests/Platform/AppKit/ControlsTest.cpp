@@ -118,6 +118,17 @@ TEST_F(ControlsTest, StacksPlaceTheirViewsByConstraints) {
     EXPECT_EQ(stack->arrangedSubviews(), (std::vector<std::shared_ptr<NSView>>{c}));
 }
 
+TEST_F(ControlsTest, StacksTakeElementsOfTheirOwnList) {
+    const std::vector<std::shared_ptr<NSView>> views = {makeObject<NSView>(), makeObject<NSView>(),
+                                                        makeObject<NSView>()};
+    const auto stack = NSStackView::stackViewWithViews(views);
+    stack->setCustomSpacing(3, views[1]);
+    stack->removeArrangedSubview(stack->arrangedSubviews()[0]);
+    EXPECT_EQ(stack->customSpacingAfterView(views[1]), 3);
+    stack->insertArrangedSubview(stack->arrangedSubviews()[0], 1);
+    EXPECT_EQ(stack->arrangedSubviews(), (std::vector{views[2], views[1]}));
+}
+
 class ScrollTest : public ControlsTest {
   protected:
     std::shared_ptr<NSScrollView> scroll = makeObject<NSScrollView>(CGRectMake(0, 0, 100, 100));

@@ -6,8 +6,9 @@
 
 namespace zqcore {
 
-void zq_addChild(NSViewController& parent, const std::shared_ptr<NSViewController>& child,
+void zq_addChild(NSViewController& parent, const std::shared_ptr<NSViewController>& controller,
                  const std::function<void()>& updateFrame) {
+    const auto child = controller;  // a copy: it may be an element of the list that it leaves
     if (!child) return;
     parent.addChildViewController(child);
     parent.view()->addSubview(child->view());
