@@ -52,6 +52,7 @@ void NSView::prepareLayer() {
         });
     }
     if (clipsToBounds()) layer_->setMasksToBounds(true);
+    layer_->setOpacity(alpha_);
     applyLayerState();
     applyLayerGeometry();
 }
@@ -114,10 +115,9 @@ void NSView::flipDidChange() {
     setNeedsDisplay(true);
 }
 
+// The opacity isn't touched: it may have been set on the layer itself.
 void NSView::applyLayerState() {
-    if (!layer_) return;
-    layer_->setHidden(hidden_);
-    layer_->setOpacity(alpha_);
+    if (layer_) layer_->setHidden(hidden_);
 }
 
 // Subviews' layers lie in the order of the subviews, in front of the layer's own sublayers.

@@ -5,9 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "Platform/AppKit/NSTrackingArea.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/AppKit/PointerTracking.h"
+#include "Platform/Base/NSLog.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Platform/Graphics/CGRect.h"
+#include "Platform/QuartzCore/CALayer.h"
 #include "TestKit/PlatformReports.h"
 #include "TestKit/UI/FlippedView.h"
 #include "TestKit/UI/HeadlessApplication.h"
@@ -147,6 +151,34 @@ TEST_F(NSViewTest, SurvivesViewsThatChangeTheTreeOrThrowInTheirCallbacks) {
     EXPECT_EQ(reports.take(), (std::vector<std::string>{"viewDidMoveToSuperview threw: no",
                                                         "layout threw what is no exception"}));
     EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(NSViewTest, TakesElementsOfTheListsThatItChanges) {
+    const auto from = makeObject<NSView>();
+    const auto to = makeObject<NSView>();
+    const std::vector views = {makeObject<NSView>(), makeObject<NSView>()};
+    for (const auto& view : views) from->addSubview(view);
+    to->addSubview(from->subviews()[0]);
+    EXPECT_EQ(to->subviews(), (std::vector{views[0]}));
+    EXPECT_EQ(from->subviews(), (std::vector{views[1]}));
+    EXPECT_EQ(views[0]->superview(), to);
+
+    const std::vector areas = {makeObject<NSTrackingArea>(CGRectMake(0, 0, 5, 5), 129U, from),
+                               makeObject<NSTrackingArea>(CGRectMake(0, 0, 5, 5), 129U, from)};
+    for (const auto& area : areas) from->addTrackingArea(area);
+    from->removeTrackingArea(from->trackingAreas()[0]);
+    EXPECT_EQ(from->trackingAreas(), (std::vector{areas[1]}));
+    EXPECT_TRUE(PointerTracking::shared().knows(*areas[1]));
+    EXPECT_FALSE(PointerTracking::shared().knows(*areas[0]));
+}
+
+TEST_F(NSViewTest, HidingLeavesTheOpacityOfTheLayer) {
+    content->setAlphaValue(0.5);
+    EXPECT_EQ(content->layer()->opacity(), 0.5);
+    content->layer()->setOpacity(0.25);
+    content->setHidden(true);
+    content->setHidden(false);
+    EXPECT_EQ(content->layer()->opacity(), 0.25);
 }
 
 TEST_F(NSViewTest, PostsFrameAndBoundsChangesByTheirSwitches) {
