@@ -79,6 +79,8 @@ void NSWindow::applyFrame(const CGRect& frame) {
         needsPixels_ = true;
         markForDisplay();
     }
+    // The main screen is the one under the keys.
+    if (visible_ && isKeyWindow()) NSApplication::shared()->state().tellMainScreenScale();
     if (old.origin != frame_.origin) center.postNotificationName(NSWindowDidMoveNotification, self());
 }
 

@@ -58,6 +58,10 @@ TEST(ScreenScaleTest, DrawnImagesFollowTheScaleOfTheMainScreen) {
     const auto window = makeObject<NSWindow>(CGRect{{450, 20}, {10, 10}}, NSWindowStyleMaskTitled);
     window->makeKeyAndOrderFront();
     EXPECT_EQ(mainScreenScale(), 3) << "the one of the window with the keys";
+    window->setFrameOrigin({20, 20});
+    EXPECT_EQ(mainScreenScale(), 1) << "which may move";
+    application.display().dragWindow(window->windowNumber(), {{450, 20}, {10, 10}});
+    EXPECT_EQ(mainScreenScale(), 3);
 }
 
 }  // namespace
