@@ -4,6 +4,8 @@
 #include <optional>
 #include <utility>
 
+#include "Platform/AppKit/Display.h"
+#include "Platform/AppKit/GuardedCall.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSButton.h"
 #include "Platform/AppKit/NSPanel.h"
@@ -11,6 +13,7 @@
 #include "Platform/AppKit/NSStackView.h"
 #include "Platform/AppKit/NSTextField.h"
 #include "Platform/Base/Selector.h"
+#include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Dispatch/RunLoop.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Platform/Foundation/NSTimer.h"
@@ -77,11 +80,17 @@ std::shared_ptr<NSButton> NSAlert::addButtonWithTitle(std::string title) {
 }
 
 void NSAlert::beginSheetModalForWindow(const std::shared_ptr<NSWindow>& window, Completion completion) {
-    open(window, std::move(completion));
+    if (!Display::current()->isLost()) return open(window, std::move(completion));
+    // Nobody could answer; later as every answer.
+    if (!completion) return;
+    DispatchQueue::main()->async([completion = std::move(completion)] {
+        guardedCall("alert completion", [&] { completion(NSAlertAbortedResponse); });
+    });
 }
 
 NSAlertResponse NSAlert::runModal() {
     if (const auto& answer = scriptedAnswer()) return answer(*this);
+    if (Display::current()->isLost()) return NSAlertAbortedResponse;
     std::optional<NSAlertResponse> answered;
     open(nullptr, [&](NSAlertResponse response) {
         answered = response;

@@ -70,6 +70,13 @@ TEST_F(NSAlertTest, ADisplayThatGoesAwayEndsIt) {
                                                     [&](NSAlertResponse answer) { response = answer; });
     ui.display().lose("gone");
     EXPECT_EQ(response, NSAlertAbortedResponse);
+
+    // One that comes later has nobody to ask.
+    response.reset();
+    zq_show(window, "Title", std::nullopt, std::nullopt, [&](NSAlertResponse answer) { response = answer; });
+    ui.turn();
+    EXPECT_EQ(response, NSAlertAbortedResponse);
+    EXPECT_EQ(makeObject<NSAlert>()->runModal(), NSAlertAbortedResponse);
 }
 
 TEST_F(NSAlertTest, ModalOnesRunTheLoopUntilTheyAreAnswered) {
