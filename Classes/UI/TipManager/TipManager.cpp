@@ -10,6 +10,7 @@
 #include "Classes/UI/TipManager/FrameChecker.h"
 #include "Classes/UI/TipManager/TipPlacement.h"
 #include "Classes/UI/TipManager/TipWindow.h"
+#include "Platform/AppKit/GuardedCall.h"
 #include "Platform/AppKit/NSEvent.h"
 #include "Platform/AppKit/NSScreen.h"
 #include "Platform/Base/Clock.h"
@@ -71,8 +72,9 @@ void dispose(std::shared_ptr<RACDisposable>& disposable) {
     if (const auto held = std::exchange(disposable, nullptr)) held->dispose();
 }
 
+// Also called while a view goes, where nothing may be thrown.
 void run(const CloseCallback& callback) {
-    if (callback) callback();
+    if (callback) guardedCall("close callback of a tip", callback);
 }
 
 void endTimer() {

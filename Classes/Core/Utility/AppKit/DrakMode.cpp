@@ -1,6 +1,7 @@
 #include "Classes/Core/Utility/AppKit/DrakMode.h"
 
 #include "Classes/Core/Utility/AppKit/DarkModeManager.h"
+#include "Platform/AppKit/GuardedCall.h"
 #include "Platform/Combine/WillDeallocSignal.h"
 
 namespace zqcore {
@@ -13,7 +14,9 @@ std::shared_ptr<RACDisposable> drak_mode::follow(const std::shared_ptr<NSObject>
         .distinctUntilChanged()
         .deliverOnMainThread()
         .subscribeNext([weak = std::weak_ptr(object), changed = std::move(changed)](const bool& isDark) {
-            if (const auto held = weak.lock()) changed(*held, isDark);
+            // The main queue, which calls for each change, lets no exception pass.
+            if (const auto held = weak.lock())
+                guardedCall("appearance closure", [&] { changed(*held, isDark); });
         });
 }
 

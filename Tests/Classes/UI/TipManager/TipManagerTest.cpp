@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "Classes/UI/TipManager/TipWindow.h"
 #include "Platform/AppKit/NSScreen.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/Base/NSLog.h"
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Graphics/CGRect.h"
 #include "TestKit/UI/HeadlessApplication.h"
@@ -328,6 +330,23 @@ TEST_F(TipManagerTest, GoesWithItsViewOrItsWindow) {
     ui.advance(1);
     EXPECT_FALSE(TipManager::windowNumber()) << "a view that goes while it waits ends silently";
     EXPECT_EQ(closed, 2);
+}
+
+TEST_F(TipManagerTest, ACallbackThatThrowsHarmsNobody) {
+    static std::vector<std::string> lines;
+    setNSLogHandler([](std::string_view line) { lines.emplace_back(line); });
+    const auto fail = [] { throw std::runtime_error("no"); };
+    TipManager::showTip(first, tip(), fail);
+    DispatchQueue::global()->async([] { TipManager::close(); });
+    ui.turn();
+    EXPECT_FALSE(TipManager::windowNumber());
+    TipManager::showTip(first, tip(), fail);
+    ASSERT_TRUE(shown());
+    first->removeFromSuperview();
+    first.reset();
+    setNSLogHandler(nullptr);
+    EXPECT_FALSE(TipManager::windowNumber()) << "called while the view goes";
+    EXPECT_EQ(lines, std::vector<std::string>(2, "close callback of a tip threw: no"));
 }
 
 TEST_F(TipManagerTest, ShowsOnlyForAViewThatIsWhollyThere) {

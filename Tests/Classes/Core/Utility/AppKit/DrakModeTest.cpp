@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "Classes/Core/Utility/AppKit/DarkModeManager.h"
 #include "Platform/AppKit/NSApplication.h"
+#include "Platform/Base/NSLog.h"
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "TestKit/UI/HeadlessApplication.h"
 
@@ -61,6 +63,20 @@ TEST_F(DrakModeTest, EndsByDisposableOrWithTheObject) {
     EXPECT_EQ(painted, 1) << "that object is gone";
     DrakMode::execute(std::shared_ptr<Painted>(), count, count);
     EXPECT_EQ(painted, 1);
+}
+
+TEST_F(DrakModeTest, AClosureThatThrowsKeepsNobodyElseFromTheChange) {
+    static std::vector<std::string> lines;
+    setNSLogHandler([](std::string_view line) { lines.emplace_back(line); });
+    const auto fail = [](Painted&) { throw 1; };
+    const auto other = makeObject<Painted>();
+    DrakMode::execute(other, fail, fail);
+    follow();
+    ui.display().setAppearance(DisplayAppearance::dark);
+    ui.turn();
+    setNSLogHandler(nullptr);
+    EXPECT_EQ(thing->painted, "light dark ");
+    EXPECT_EQ(lines, std::vector<std::string>(2, "appearance closure threw what is no exception"));
 }
 
 TEST_F(DrakModeTest, FromAnotherThreadItCallsOnTheMainOne) {
