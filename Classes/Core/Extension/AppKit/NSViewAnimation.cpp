@@ -8,7 +8,7 @@ void zq_animationGroupLayout(NSView& view, double duration, const std::function<
     NSAnimationContext::runAnimationGroup([&](NSAnimationContext& context) {
         context.setDuration(duration);
         context.setAllowsImplicitAnimation(true);
-        closure();
+        if (closure) closure();
         if (const auto window = view.window()) window->layoutIfNeeded();
     });
 }

@@ -5,8 +5,9 @@
 namespace zqcore {
 
 std::shared_ptr<NSImage> zq_snapshot(NSView& view) {
-    auto image = NSImage::make(view.bounds().size);
-    if (const auto page = view.PDFImageRepInsideRect(view.bounds())) image->addRepresentation(page);
+    const auto page = view.PDFImageRepInsideRect(view.bounds());
+    auto image = NSImage::make(page ? view.bounds().size : CGSize{});
+    image->addRepresentation(page);
     return image;
 }
 

@@ -98,7 +98,9 @@ TEST_F(NSViewExtensionTest, SnapshotsShowTheViewUpright) {
             EXPECT_EQ(pixels->colorAt(1, 3), (CGColor{1, 1, 1, 1})) << superIsFlipped << isFlipped;
         }
     }
-    EXPECT_TRUE(zq_snapshot(*makeObject<NSView>())->representations().empty()) << "without area it is empty";
+    const auto line = zq_snapshot(*makeObject<NSView>(CGRectMake(0, 0, 8, 0)));
+    EXPECT_TRUE(line->representations().empty()) << "without area it is empty";
+    EXPECT_EQ(line->size(), CGSize());
 }
 
 TEST_F(NSViewExtensionTest, FramesOutsideNeedAWindow) {
