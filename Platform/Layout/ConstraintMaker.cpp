@@ -165,15 +165,16 @@ void ConstraintView::updateConstraints(const std::function<void(ConstraintMaker&
         return nullptr;
     };
     for (const auto& made : maker.made_) {
-        auto& constraints = made->constraints_;
-        for (auto& constraint : constraints) {
+        bool isNew = false;
+        for (auto& constraint : made->constraints_) {
             NSLayoutConstraint* const present = existing(*constraint);
+            isNew = isNew || !present;
             if (!present) continue;
             present->setConstant(constraint->constant());
             constraint = std::static_pointer_cast<NSLayoutConstraint>(present->shared_from_this());
         }
         made->activate();
-        item_.made_.push_back(made);
+        if (isNew) item_.made_.push_back(made);
     }
 }
 
