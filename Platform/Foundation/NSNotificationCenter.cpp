@@ -29,7 +29,8 @@ struct NSNotificationCenter::Observation {
 
     [[nodiscard]] bool wants(std::string_view posted, const std::shared_ptr<NSObject>& about) const {
         if (name && *name != posted) return false;
-        return aboutAnyone || (about && object.lock() == about);
+        // By owner, so that no reference is taken that might turn out to be the last one, under a lock.
+        return aboutAnyone || (about && !object.owner_before(about) && !about.owner_before(object));
     }
     [[nodiscard]] bool isOver() const {
         return ended || (selector && weakObserver.expired()) || (!aboutAnyone && object.expired());
@@ -41,9 +42,15 @@ struct NSNotificationCenter::State {
     std::vector<std::shared_ptr<Observation>> observations;
 
     void add(std::shared_ptr<Observation> observation) {
+        // What the closures hold goes after the lock.
+        std::vector<std::shared_ptr<Observation>> over;
         const std::lock_guard lock(mutex);
         // Those whose observer or object died go when the next one comes.
-        std::erase_if(observations, [](const auto& one) { return one->isOver(); });
+        std::erase_if(observations, [&](const auto& one) {
+            if (!one->isOver()) return false;
+            over.push_back(one);
+            return true;
+        });
         observations.push_back(std::move(observation));
     }
 };
