@@ -184,7 +184,8 @@ void showTipDirectly(const View& view, const std::shared_ptr<TipInfo>& info, Clo
         return;
     }
     window->setFrame(*frame, true);
-    window->orderFrontRegardless();
+    // Who hears of the window's new place may have closed the tip.
+    if (state().tipWindow == window) window->orderFrontRegardless();
 }
 
 void startTimer(double interval, std::function<void()> completion) {

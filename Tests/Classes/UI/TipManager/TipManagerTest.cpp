@@ -14,6 +14,7 @@
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Base/NSLog.h"
 #include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Foundation/NSNotificationCenter.h"
 #include "Platform/Graphics/CGRect.h"
 #include "TestKit/UI/HeadlessApplication.h"
 
@@ -330,6 +331,16 @@ TEST_F(TipManagerTest, GoesWithItsViewOrItsWindow) {
     ui.advance(1);
     EXPECT_FALSE(TipManager::windowNumber()) << "a view that goes while it waits ends silently";
     EXPECT_EQ(closed, 2);
+}
+
+TEST_F(TipManagerTest, MayBeClosedByWhoHearsOfItsWindow) {
+    auto& center = NSNotificationCenter::defaultCenter();
+    const auto token = center.addObserverForName(std::string(NSWindowDidMoveNotification), nullptr,
+                                                 [](const NSNotification&) { TipManager::close(); });
+    TipManager::showTip(first, tip());
+    center.removeObserver(token);
+    EXPECT_FALSE(TipManager::windowNumber());
+    EXPECT_EQ(ui.application().windows(), (std::vector{window})) << "nor is one left that nobody closes";
 }
 
 TEST_F(TipManagerTest, ACallbackThatThrowsHarmsNobody) {
