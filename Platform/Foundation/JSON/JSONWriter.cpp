@@ -71,8 +71,9 @@ std::size_t escapeGrowth(std::string_view text) {
 }  // namespace
 
 void JSONWriter::grow(std::size_t count) {
-    const std::size_t wanted =
-        std::max({kFirstRoom, used_ + count, std::min(buffer_.size() * 2, used_ + count * 2)});
+    // By a part of what is there, so that a text of many short pieces isn't moved for each few of them; a
+    // long piece gets what it asked for.
+    const std::size_t wanted = std::max({kFirstRoom, used_ + count, buffer_.size() + buffer_.size() / 2});
     std::string larger;
     larger.resize_and_overwrite(wanted, [this](char* room, std::size_t size) {
         if (used_ > 0) std::memcpy(room, buffer_.data(), used_);
