@@ -36,7 +36,7 @@ struct NSFileAttributes {
 };
 
 /// Files and folders of this machine. Paths are texts in UTF-8, taken as they are; a relative one counts from
-/// the process's working directory.
+/// the process's working directory, one with a NUL in it names nothing.
 /// Threads: any; nothing is kept between calls.
 /// Failure: an `NSError` of NSCocoaErrorDomain: 4 and 260 no such file (on changing, on reading), 257 and 513
 /// no permission, 516 exists, 640 disk full, 512 all else.

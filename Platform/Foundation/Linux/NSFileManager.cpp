@@ -21,7 +21,15 @@ std::unexpected<NSError> failure(int number, std::string_view path, Access acces
     return std::unexpected(posix::fileError(number, path, access));
 }
 
+/// A path with a NUL in it names nothing: the system would see only what stands before it, and take that for
+/// the whole.
+bool isCut(std::string_view path) noexcept { return path.find('\0') != std::string_view::npos; }
+
 bool isThere(const std::string& path) {
+    if (isCut(path)) {
+        errno = ENOENT;
+        return false;
+    }
     struct stat facts {};
     return ::lstat(path.c_str(), &facts) == 0;
 }
@@ -58,13 +66,14 @@ bool NSFileManager::fileExistsAtPath(std::string_view path) const {
 
 bool NSFileManager::fileExistsAtPath(std::string_view path, bool& isDirectory) const {
     struct stat facts {};
-    if (::stat(std::string(path).c_str(), &facts) != 0) return false;
+    if (isCut(path) || ::stat(std::string(path).c_str(), &facts) != 0) return false;
     isDirectory = S_ISDIR(facts.st_mode);
     return true;
 }
 
 NSFileManager::Result<void> NSFileManager::createDirectoryAtPath(std::string_view path,
                                                                  bool withIntermediateDirectories) const {
+    if (isCut(path)) return failure(ENOENT, path, Access::changing);
     const std::string whole(path);
     if (::mkdir(whole.c_str(), 0777) == 0) return {};
     const int failed = errno;
@@ -95,6 +104,7 @@ NSFileManager::Result<void> NSFileManager::copyItemAtPath(std::string_view from,
     const fs::path source(stringByAppendingPathComponent(from, ""));
     const fs::path target(stringByAppendingPathComponent(to, ""));
     if (!isThere(source)) return failure(errno, from, Access::reading);
+    if (isCut(to)) return failure(ENOENT, to, Access::changing);
     if (isThere(target)) return failure(EEXIST, to, Access::changing);
     std::error_code error;
     const bool folder = fs::is_directory(fs::symlink_status(source, error));
@@ -111,6 +121,7 @@ NSFileManager::Result<void> NSFileManager::moveItemAtPath(std::string_view from,
     const std::string source(from);
     const std::string target(to);
     if (!isThere(source)) return failure(errno, from, Access::changing);
+    if (isCut(to)) return failure(ENOENT, to, Access::changing);
     if (::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return {};
     if (errno != EXDEV) return failure(errno, to, Access::changing);
     if (auto copied = copyItemAtPath(from, to); !copied) return copied;
@@ -118,6 +129,7 @@ NSFileManager::Result<void> NSFileManager::moveItemAtPath(std::string_view from,
 }
 
 NSFileManager::Result<NSFileAttributes> NSFileManager::attributesOfItemAtPath(std::string_view path) const {
+    if (isCut(path)) return failure(ENOENT, path, Access::reading);
     struct statx facts {};
     if (::statx(AT_FDCWD, std::string(path).c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS | STATX_BTIME,
                 &facts) != 0) {
@@ -137,6 +149,7 @@ NSFileManager::Result<NSFileAttributes> NSFileManager::attributesOfItemAtPath(st
 
 NSFileManager::Result<std::vector<std::string>> NSFileManager::contentsOfDirectoryAtPath(
     std::string_view path) const {
+    if (isCut(path)) return failure(ENOENT, path, Access::reading);
     std::error_code error;
     std::vector<std::string> names;
     for (fs::directory_iterator entry(fs::path(path), error), end; !error && entry != end;
@@ -148,6 +161,7 @@ NSFileManager::Result<std::vector<std::string>> NSFileManager::contentsOfDirecto
 }
 
 NSFileManager::Result<Data> NSFileManager::contentsAtPath(std::string_view path) const {
+    if (isCut(path)) return failure(ENOENT, path, Access::reading);
     auto bytes = posix::readFile(std::string(path));
     if (!bytes) return std::unexpected(bytes.error());
     return Data(*std::move(bytes));
@@ -155,6 +169,7 @@ NSFileManager::Result<Data> NSFileManager::contentsAtPath(std::string_view path)
 
 NSFileManager::Result<void> NSFileManager::writeAtomically(std::string_view bytes,
                                                            std::string_view path) const {
+    if (isCut(path)) return failure(ENOENT, path, Access::changing);
     static std::atomic<unsigned> serial{0};
     const std::string target(path);
     struct stat facts {};

@@ -45,6 +45,24 @@ TEST_F(NSFileManagerTest, SeesThroughLinks) {
     EXPECT_EQ(attributes->type, NSFileAttributes::Type::symbolicLink) << "a final link isn't followed";
 }
 
+// The system would take "file\0more" for "file".
+TEST_F(NSFileManagerTest, APathWithANulNamesNothing) {
+    const std::string file = folder.write("file", "x");
+    const std::string cut = file + std::string("\0more", 5);
+    EXPECT_FALSE(files().fileExistsAtPath(cut));
+    EXPECT_EQ(codeOf(files().attributesOfItemAtPath(cut)), 260);
+    EXPECT_EQ(codeOf(files().contentsAtPath(cut)), 260);
+    EXPECT_EQ(codeOf(files().contentsOfDirectoryAtPath(folder.path() + std::string("\0x", 2))), 260);
+    const std::string fresh = folder / std::string("new\0x", 5);
+    EXPECT_EQ(codeOf(files().createDirectoryAtPath(fresh, true)), 4);
+    EXPECT_EQ(codeOf(files().copyItemAtPath(file, fresh)), 4);
+    EXPECT_EQ(codeOf(files().moveItemAtPath(file, fresh)), 4);
+    EXPECT_EQ(codeOf(files().writeAtomically("y", cut)), 4);
+    EXPECT_EQ(codeOf(files().removeItemAtPath(cut)), 4);
+    EXPECT_FALSE(files().fileExistsAtPath(folder / "new"));
+    EXPECT_EQ(content(file), "x") << "untouched";
+}
+
 TEST_F(NSFileManagerTest, MakesFolders) {
     const std::string file = folder.write("file", "x");
     EXPECT_EQ(codeOf(files().createDirectoryAtPath(folder / "a/b", false)), 4) << "no parent";
