@@ -15,6 +15,8 @@
 #include "Platform/CrashCapture/TornReport.h"
 #include "Platform/Foundation/NSFileManager.h"
 #include "Platform/Foundation/NSPath.h"
+#include "Platform/Foundation/Text/Utf16.h"
+#include "Platform/Foundation/Text/Utf8.h"
 
 namespace zqcore::platform {
 
@@ -98,7 +100,9 @@ Value::Dictionary KSCrashReportStore::read(std::uint64_t number) const {
         Value* user = report.find("user");
         Value::Dictionary members =
             user && user->asDictionary() ? *user->asDictionary() : Value::Dictionary();
-        members.set("pending_log", lines->view());
+        // A line may hold any bytes, and the last one may be cut; the report is a text.
+        members.set("pending_log", isValidUTF8(lines->view()) ? std::string(lines->view())
+                                                              : fromUTF16(toUTF16(lines->view())));
         report.set("user", std::move(members));
     }
     crash::symbolicate(report);

@@ -47,6 +47,14 @@ TEST(KSCrashReportStore, KeepsTheNewestFiveWithTheirLogs) {
     EXPECT_TRUE(std::filesystem::exists(folder / "Reports/Other-report-0000000000000001.json"));
 }
 
+TEST(KSCrashReportStore, ReadsThePendingLinesAsText) {
+    const ScratchFolder folder;
+    folder.write(fileOf(1), kReport);
+    folder.write(fileOf(1, ".log"), "[1] \xFF\n[2] 写\xE5\x86");
+    const Value::Dictionary report = KSCrashReportStore(folder.path(), "App").read(1);
+    EXPECT_EQ(ReportFields(&report).in("user").shown("pending_log"), "[1] \uFFFD\n[2] 写\uFFFD\uFFFD");
+}
+
 TEST(KSCrashReportStore, NumbersRiseAboveAllThatAreThereAndFromRunToRun) {
     testkit::ManualClock clock;
     const ScratchFolder folder;
