@@ -55,7 +55,8 @@ const Command kCaseCommand = {
     .help =
         "usage: zq case TEXT [--to camel|upperCamel|snake|kebab|constant] [--raw]\n\n"
         "Splits TEXT (- for standard input) into words and joins them in each convention, or in that of\n"
-        "--to. Digits and all characters but ASCII letters and _ - / . fall between the words.\n\n"
+        "--to. An identifier of ASCII letters, digits and _ - / . is split at case and at all but letters;\n"
+        "in any other text the words are the runs of ASCII letters and digits.\n\n"
         "  --to CONVENTION   only this one\n"
         "  --raw             print the bare text, not JSON\n\n"
         "example:\n"

@@ -20,6 +20,7 @@
 #include "Classes/Crash/ZQCrash.h"
 #include "Classes/Log/Log/ZQLog.h"
 #include "Platform/Foundation/NSPath.h"
+#include "Platform/Foundation/Text/Utf8.h"
 
 extern char** environ;
 
@@ -35,7 +36,9 @@ using Report = ZQCrash::ExportedReport;
 std::optional<std::string> directoryOf(const Arguments& parsed) {
     const auto to = parsed.value("to");
     if (!to) return ZQCrash::exportDirectory();
-    if (!to->empty() && to->find('/') == std::string::npos) return ZQCrash::exportDirectory(*to);
+    if (!to->empty() && to->find('/') == std::string::npos && isValidUTF8(*to)) {
+        return ZQCrash::exportDirectory(*to);
+    }
     complain("\"" + *to + "\" is no identifier");
     return std::nullopt;
 }

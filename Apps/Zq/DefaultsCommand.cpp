@@ -15,6 +15,7 @@
 #include "Platform/Foundation/NSDateFormatter.h"
 #include "Platform/Foundation/NSUserDefaults.h"
 #include "Platform/Foundation/PropertyList.h"
+#include "Platform/Foundation/Text/Utf8.h"
 
 namespace zq {
 
@@ -72,6 +73,20 @@ std::optional<Value> numberIn(const std::string& text) {
     return Value(number);
 }
 
+/// A date as `dateText` writes it, the fraction left out or of any length; absent beyond the years 1678 to
+/// 2262, which a date would be moved into.
+std::optional<Value> dateIn(const std::string& text) {
+    constexpr std::size_t kToSeconds = std::string_view("2021-03-04T05:06:07").size();
+    NSDateFormatter formatter;
+    formatter.setTimeZone(NSTimeZone::timeZoneForSecondsFromGMT(0));
+    for (const char* pattern : {"yyyy-MM-dd'T'HH:mm:ss'Z'", "yyyy-MM-dd'T'HH:mm:ss.SSS'Z'"}) {
+        formatter.setDateFormat(pattern);
+        const auto date = formatter.dateFromString(text);
+        if (date && dateText(*date).starts_with(text.substr(0, kToSeconds))) return Value(*date);
+    }
+    return std::nullopt;
+}
+
 /// `text` as a value of the type; absent if it is none.
 std::optional<Value> valueOf(const std::string& text, std::string_view type) {
     if (type == "string") return Value(text);
@@ -85,15 +100,7 @@ std::optional<Value> valueOf(const std::string& text, std::string_view type) {
         if (text == "false" || text == "no" || text == "0") return Value(false);
         return std::nullopt;
     }
-    if (type == "date") {
-        NSDateFormatter formatter;
-        formatter.setTimeZone(NSTimeZone::timeZoneForSecondsFromGMT(0));
-        for (const char* pattern : {"yyyy-MM-dd'T'HH:mm:ss'Z'", "yyyy-MM-dd'T'HH:mm:ss.SSS'Z'"}) {
-            formatter.setDateFormat(pattern);
-            if (const auto date = formatter.dateFromString(text)) return Value(*date);
-        }
-        return std::nullopt;
-    }
+    if (type == "date") return dateIn(text);
     if (type == "data") {
         auto data = ZQConvert::dataFromBase64String(text);
         return data ? std::optional(Value(std::move(*data))) : std::nullopt;
@@ -105,12 +112,17 @@ std::optional<Value> valueOf(const std::string& text, std::string_view type) {
     return std::nullopt;
 }
 
-/// The settings of --to, or of zq itself, as they lie on disk now; null with a message.
+/// The settings of --to, or of zq itself, as they lie on disk now; null with a message, also for a key that
+/// no settings can have.
 std::shared_ptr<NSUserDefaults> settingsOf(const Arguments& parsed, int& code) {
     const auto to = parsed.value("to");
-    auto settings = to ? NSUserDefaults::initWithSuiteName(*to) : NSUserDefaults::standardUserDefaults();
     code = kUsage;
-    if (!settings) {
+    if (!parsed.words().empty() && !isValidUTF8(parsed.words()[0])) {
+        complain("the key isn't UTF-8");
+        return nullptr;
+    }
+    auto settings = to ? NSUserDefaults::initWithSuiteName(*to) : NSUserDefaults::standardUserDefaults();
+    if (!settings || !isValidUTF8(to.value_or(""))) {
         complain("\"" + to.value_or("") + "\" is no identifier");
         return nullptr;
     }
@@ -210,7 +222,7 @@ const Command kDefaultsCommand = {
         "other writes under another key, and it sees the change when it next reads its file. VALUE may be -\n"
         "for standard input.\n\n"
         "  --type TYPE   string (the default), integer, real, boolean (true or false), date (as\n"
-        "                2021-03-04T05:06:07Z), data (in base64), or json for any JSON value\n"
+        "                2021-03-04T05:06:07Z), data (in base64), or json for an array or object\n"
         "  --raw         print the bare value\n\n"
         "Dates and data are printed as such texts; \"type\" tells what they are. Exit code 1: there is no "
         "such\n"

@@ -199,6 +199,7 @@ TEST_F(ZqToolsTest, KeepsSettingsByTheirTypes) {
                                      {"integer", "1.5"},
                                      {"boolean", "perhaps"},
                                      {"date", "yesterday"},
+                                     {"date", "9999-12-31T23:59:59Z"},
                                      {"data", "="},
                                      {"json", "{"},
                                      {"json", "null"},
@@ -216,6 +217,8 @@ TEST_F(ZqToolsTest, KeepsSettingsByTheirTypes) {
     EXPECT_EQ(gone.code, 1);
     EXPECT_EQ(gone.at("value"), Value());
     EXPECT_EQ(zq({"defaults", "read", "--to", "no/identifier"}).code, 2);
+    for (const char* action : {"read", "delete"})
+        EXPECT_EQ(zq({"defaults", action, "\xFF", "--to", kHelper}).code, 2) << "a key that can't be";
 }
 
 TEST_F(ZqToolsTest, WritesBesideARunningApplicationWithoutALossOnEitherSide) {
