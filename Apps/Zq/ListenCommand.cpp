@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "Apps/Zq/Arguments.h"
+#include "Apps/Zq/Bus.h"
 #include "Apps/Zq/Command.h"
 #include "Apps/Zq/Output.h"
 #include "Classes/AppleScript/DistributedSender/DistributedSender.h"
@@ -24,6 +25,7 @@ int run(std::span<const std::string> arguments) {
     const auto count = parsed->positiveNumber("count", std::numeric_limits<double>::infinity());
     const auto seconds = parsed->positiveNumber("timeout", std::numeric_limits<double>::infinity());
     if (!count || !seconds) return kUsage;
+    if (!busIsThere()) return complain("there is no session bus", kNotDelivered);
 
     // The sender of this process leaves out its own kind, but who listens wants to hear other copies of
     // itself too.
@@ -57,7 +59,8 @@ const Command kListenCommand = {
         "sender's\n"
         "identifier, and \"request\". Says \"listening\" on standard error once it hears.\n\n"
         "  --count N           end after N requests\n"
-        "  --timeout SECONDS   end after that time; exit code 4 if --count was not reached\n",
+        "  --timeout SECONDS   end after that time; exit code 4 if --count was not reached\n\n"
+        "Exit code 3: there is no session bus to hear anything on.\n",
     .completions = "--count --timeout",
     .hidden = false,
     .run = run,

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Apps/Zq/Arguments.h"
+#include "Apps/Zq/Bus.h"
 #include "Apps/Zq/Command.h"
 #include "Apps/Zq/Input.h"
 #include "Apps/Zq/Output.h"
@@ -79,8 +80,10 @@ int report(const Order& order, std::string_view status, double milliseconds,
     if (request->responseValue) result.set("response", valueOf(request->responseValue));
     if (!printJSON(Value(std::move(result)), order.brief))
         return complain("can't write the result", kUnreadable);
-    if (status != "success" && status != "posted")
-        return complain("not delivered: " + std::string(status), kNotDelivered);
+    if (status != "success" && status != "posted") {
+        const char* why = busIsThere() ? "" : ", there is no session bus";
+        return complain("not delivered: " + std::string(status) + why, kNotDelivered);
+    }
     return request->responseValue && request->responseValue->error ? kAnsweredWithError : kDone;
 }
 
@@ -123,7 +126,8 @@ int send(const Order& order) {
         case Carrier::distributed: {
             const auto start = Clock::current().now();
             DistributedSender::defaultSender()->post(request);
-            return report(order, "posted", millisecondsSince(start), request);
+            // The sender itself tells nothing.
+            return report(order, busIsThere() ? "posted" : "fail", millisecondsSince(start), request);
         }
     }
     return kUsage;

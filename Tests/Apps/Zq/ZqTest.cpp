@@ -92,6 +92,13 @@ TEST_F(ZqTest, StandardOutputIsForResultsAlone) {
     EXPECT_TRUE(first->asDictionary()->find("status"));
 }
 
+TEST_F(ZqTest, WithoutABusNothingIsSaidToBeSentOrHeard) {
+    const testkit::NoBus none;
+    EXPECT_EQ(zq({"info", "--to", kHelper}).code, 3);
+    EXPECT_EQ(zq({"send", "launch", "--via", "distributed"}).code, 3);
+    EXPECT_EQ(zq({"listen", "--count", "1", "--timeout", "60"}).code, 3);
+}
+
 TEST_F(ZqTest, AServerRefusesOptionsThatItDoesNotKnow) {
     for (const auto& words : {std::vector<std::string>{"--end-with", "x"}, {"--without"}, {"--allow"}}) {
         std::vector<std::string> line{app("orbel")};
