@@ -1,5 +1,5 @@
 # The words of this project. `make demo` and `make test` do everything, set-up included.
-.PHONY: help setup build demo test bench fuzz format lint asan tsan coverage install deb clean
+.PHONY: help setup build demo test bench fuzz format lint docs asan tsan coverage install deb clean
 PRESET ?= dev
 JOBS ?= $(shell nproc)
 
@@ -12,6 +12,7 @@ help:
 	@echo "make coverage  line coverage of the test suite"
 	@echo "make format    lay all sources out by .clang-format"
 	@echo "make lint      floors, headers, formatting, clang-tidy"
+	@echo "make docs      the documents' examples taken over from docs/examples and held to what they print"
 	@echo "make install   into PREFIX (default /usr/local)"
 	@echo "make deb       Debian packages of the programs and of the libraries"
 
@@ -54,6 +55,10 @@ format:
 lint:
 	@scripts/setup build lint
 	@scripts/lint
+
+docs: build
+	@scripts/check-snippets --write
+	@scripts/check-examples build/$(PRESET)
 
 PREFIX ?= /usr/local
 install:
