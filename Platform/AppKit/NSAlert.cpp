@@ -42,6 +42,12 @@ class AlertPanel final : public NSPanel {
   public:
     using NSPanel::NSPanel;
     [[nodiscard]] bool canBecomeKey() const override { return true; }
+    void close() override {
+        NSPanel::close();
+        if (const auto call = std::exchange(closed, nullptr)) call();
+    }
+
+    std::function<void()> closed;
 };
 
 std::shared_ptr<NSTextField> makeText(const std::string& text, const std::shared_ptr<NSFont>& font) {
@@ -144,7 +150,13 @@ void NSAlert::open(const std::shared_ptr<NSWindow>& over, Completion completion)
         make.bottom().equalToSuperview().offset(-kMargin);
     });
 
-    panel_ = makeObject<AlertPanel>();
+    const auto abort = [weak = std::weak_ptr(kept_)] {
+        if (const auto held = weak.lock()) held->end(NSAlertAbortedResponse);
+    };
+    const auto panel = makeObject<AlertPanel>();
+    // Also whoever closes all windows gives an answer.
+    panel->closed = abort;
+    panel_ = panel;
     panel_->setLevel(NSModalPanelWindowLevel);
     panel_->setHidesOnDeactivate(false);
     panel_->setBackgroundColor(NSColor::windowBackgroundColor());
@@ -154,9 +166,7 @@ void NSAlert::open(const std::shared_ptr<NSWindow>& over, Completion completion)
     panel_->makeKeyAndOrderFront();
     lossObserver_ = NSNotificationCenter::defaultCenter().addObserverForName(
         std::string(NSApplicationDisplayLostNotification), nullptr,
-        [weak = std::weak_ptr(kept_)](const NSNotification&) {
-            if (const auto held = weak.lock()) held->end(NSAlertAbortedResponse);
-        });
+        [abort](const NSNotification&) { abort(); });
 }
 
 void NSAlert::buttonPressed(NSObject* sender) {

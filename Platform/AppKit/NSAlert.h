@@ -24,7 +24,7 @@ inline constexpr NSAlertResponse NSAlertAbortedResponse = -1001;
 
 /// A question to the user in a panel of its own. Without buttons it has one, "OK". The first one is pressed
 /// by Return, one titled "Cancel" by Escape. Threads: main thread. Lifetime: kept while it is open. Failure:
-/// a display that goes away ends it.
+/// without a display, or when its panel is closed otherwise, the answer is `NSAlertAbortedResponse`.
 class ZQ_EXPORT NSAlert final : public NSObject {
   public:
     using Completion = std::function<void(NSAlertResponse)>;

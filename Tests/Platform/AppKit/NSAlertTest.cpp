@@ -30,8 +30,10 @@ class NSAlertTest : public testing::Test {
         ui.display().pressKey(code, key);
         ui.display().releaseKey(code, key);
         ui.turn();
-        if (!response && alert->window()) alert->window()->close();
-        return response;
+        const auto answered = response;
+        if (alert->window()) alert->window()->close();
+        EXPECT_EQ(response, answered ? answered : NSAlertAbortedResponse) << "closed without a button";
+        return answered;
     }
 
     testkit::HeadlessApplication ui;
