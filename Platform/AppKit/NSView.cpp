@@ -41,6 +41,8 @@ void NSView::addSubview(const std::shared_ptr<NSView>& subview, NSWindowOrdering
     const auto sibling = beside;
     if (!view || isDescendantOf(*view)) return;
     if (sibling == view && view->superview_.lock().get() == this) return;
+    if (const auto shownIn = view->window_.lock(); shownIn && shownIn->contentView() == view)
+        shownIn->setContentView(nullptr);
     const auto held = self();
     const auto window = window_.lock();
     const bool staysInWindow = view->window_.lock() == window;

@@ -179,6 +179,8 @@ void NSWindow::setCollectionBehavior(NSWindowCollectionBehavior behavior) {
 void NSWindow::setContentView(std::shared_ptr<NSView> view) {
     if (view == contentView_) return;
     const auto held = self();
+    needsPixels_ = true;
+    markForDisplay();
     if (const auto old = std::exchange(contentView_, nullptr)) {
         viewLeft(*old);
         rootLayerLeft(*old);
@@ -187,14 +189,14 @@ void NSWindow::setContentView(std::shared_ptr<NSView> view) {
     }
     if (!view) return;
     view->removeFromSuperview();
+    if (const auto other = view->window(); other && other->contentView_ == view)
+        other->setContentView(nullptr);
     contentView_ = view;
     view->tellWillMove(held);
     view->setFrame({{0, 0}, frame_.size});
     rootLayerEntered(*view);
     view->enterWindow(held);
     view->markSubtreeTracking();
-    needsPixels_ = true;
-    markForDisplay();
 }
 
 void NSWindow::setContentViewController(std::shared_ptr<NSViewController> controller) {

@@ -238,6 +238,24 @@ TEST_F(NSWindowTest, TakesFramesAsGivenAndSizesItsContent) {
     EXPECT_EQ(controller->nextResponder(), window);
 }
 
+TEST_F(NSWindowTest, AContentViewLeavesItsWindowForAnotherPlace) {
+    const auto from = make();
+    const auto to = make();
+    const auto view = from->contentView();
+    to->setContentView(view);
+    EXPECT_FALSE(from->contentView());
+    EXPECT_EQ(view->window(), to);
+    from->setContentView(makeObject<NSView>());
+    EXPECT_EQ(view->window(), to);
+    from->contentView()->addSubview(view);
+    EXPECT_FALSE(to->contentView());
+    EXPECT_EQ(view->window(), from);
+    to->orderFront();
+    from->orderFront();
+    ui.turn();
+    EXPECT_TRUE(to->isVisible()) << "with nothing in it";
+}
+
 TEST_F(NSWindowTest, KeyStateFollowsWindowsAndActivation) {
     const auto a = make();
     const auto b = make();
