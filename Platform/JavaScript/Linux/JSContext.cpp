@@ -70,7 +70,7 @@ class Conversion final {
         const double count = length ? JSValueToNumber(context_, length, nullptr) : 0;
         for (unsigned index = 0; index < count && left_ > 0; ++index) {
             const JSValueRef element = JSObjectGetPropertyAtIndex(context_, *entered, index, nullptr);
-            elements.push_back(element ? contained(element) : Value());
+            elements.push_back(contained(element));
         }
         path_.pop_back();
         return elements;
@@ -104,8 +104,10 @@ class Conversion final {
         return object;
     }
 
+    /// A null pointer stands for a member that throws when it is asked for.
     Value contained(JSValueRef value) {
         --left_;
+        if (!value) return nullptr;
         const bool endless = std::ranges::find(path_, value) != path_.end();
         if (endless || (path_.size() >= kMaximumDepth && JSValueIsObject(context_, value))) return nullptr;
         return object(value);
