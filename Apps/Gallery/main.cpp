@@ -1,5 +1,6 @@
 // gallery: what the interface library can show, in a window or as pictures.
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -89,6 +90,8 @@ std::string parse(int argc, char** argv, Options& options) {
             char* end = nullptr;
             options.seconds = std::strtod(argv[i], &end);
             if (*end != '\0' || !(*options.seconds > 0)) return "--for needs a number of seconds above 0";
+            // The clock counts nanoseconds and comes to an end.
+            options.seconds = std::min(*options.seconds, 1e9);
         }
     }
     return {};
