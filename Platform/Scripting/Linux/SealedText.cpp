@@ -1,13 +1,14 @@
 #include "Platform/Scripting/Linux/SealedText.h"
 
 #include <fcntl.h>
-#include <simdjson.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
+
+#include "Platform/Foundation/Text/Utf8.h"
 
 namespace zqcore::platform {
 namespace {
@@ -40,8 +41,7 @@ constexpr int kSeals = F_SEAL_WRITE | F_SEAL_SHRINK | F_SEAL_GROW;
 
 bool isSendableText(std::string_view text) noexcept {
     return text.size() <= kLargestText &&
-           (text.empty() || std::memchr(text.data(), '\0', text.size()) == nullptr) &&
-           simdjson::validate_utf8(text.data(), text.size());
+           (text.empty() || std::memchr(text.data(), '\0', text.size()) == nullptr) && isValidUTF8(text);
 }
 
 FileDescriptor makeSealedText(std::string_view text) noexcept {

@@ -1,7 +1,9 @@
 #include "Platform/Foundation/Text/Character.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <string>
 #include <thread>
 #include <vector>
@@ -110,6 +112,16 @@ TEST(CharacterTest, ScalarsAreReadAsTheValidatorReadsThem) {
     }
     EXPECT_EQ(firstScalar("\U0010FFFF").value, 0x10FFFFU);
     EXPECT_EQ(firstScalar("").length, 0U);
+}
+
+/// Ends the process as `main` does, and reads a text when all statics of the first reading have ended.
+[[noreturn]] void readToTheVeryEnd() {
+    std::atexit([] { ::_exit(isValidUTF8("né") ? 0 : 1); });
+    std::exit(isValidUTF8("é") ? 2 : 3);
+}
+
+TEST(CharacterTest, TextsAreReadToTheVeryEnd) {
+    EXPECT_EXIT(readToTheVeryEnd(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
