@@ -36,10 +36,8 @@ void NSAnimationContext::endGrouping() {
     if (contexts().size() < 2) return;
     const auto group = std::move(contexts().back());
     contexts().pop_back();
-    if (!group->completion_) return;
-    CATransaction::scheduleCompletion(group->duration_, [completion = std::move(group->completion_)] {
-        guardedCall("animation completion", completion);
-    });
+    if (group->completion_)
+        CATransaction::scheduleCompletion(group->duration_, std::move(group->completion_));
 }
 
 void NSAnimationContext::runAnimationGroup(const std::function<void(NSAnimationContext&)>& changes,

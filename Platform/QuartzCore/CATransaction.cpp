@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <exception>
+#include <string>
 #include <vector>
 
+#include "Platform/Base/NSLog.h"
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/QuartzCore/CAMediaTimingFunction.h"
 
@@ -54,6 +57,17 @@ std::optional<T> nearest(std::optional<T> Level::*setting) {
     return all.outside.*setting;
 }
 
+// The main queue lets no exception pass.
+void runCompletion(std::move_only_function<void()>& block) {
+    try {
+        block();
+    } catch (const std::exception& error) {
+        NSLog(std::string("animation completion threw: ") + error.what());
+    } catch (...) {
+        NSLog("animation completion threw what is no exception");
+    }
+}
+
 }  // namespace
 
 void CATransaction::begin() { transactions().open.emplace_back(); }
@@ -97,13 +111,14 @@ std::optional<CAAnimationTerms> CATransaction::animationTerms() {
 
 void CATransaction::scheduleCompletion(double seconds, std::move_only_function<void()> block) {
     if (!block) return;
+    auto run = [block = std::move(block)]() mutable { runCompletion(block); };
     if (!(seconds > 0)) {
-        DispatchQueue::main()->async(std::move(block));
+        DispatchQueue::main()->async(std::move(run));
         return;
     }
     const std::chrono::duration<double> delay(std::min(seconds, kLongest));
     DispatchQueue::main()->after(DispatchTime::now(std::chrono::duration_cast<Clock::Duration>(delay)),
-                                 std::move(block));
+                                 std::move(run));
 }
 
 }  // namespace zqcore::platform

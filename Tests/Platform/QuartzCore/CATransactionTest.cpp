@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "Platform/Base/NSLog.h"
 #include "Platform/QuartzCore/CALayer.h"
 #include "Platform/QuartzCore/CAMediaTimingFunction.h"
 #include "Platform/QuartzCore/CAShapeLayer.h"
@@ -66,6 +71,17 @@ TEST_F(CATransactionTest, AGroupEndsItsDurationAfterItBeganWhateverMoved) {
     EXPECT_TRUE(ends.empty()) << "never inside the call";
     clock_.advance(1s);
     EXPECT_EQ(ends, (std::vector<std::pair<char, Clock::Duration>>{{'a', 0ms}, {'b', 300ms}, {'c', 400ms}}));
+}
+
+TEST_F(CATransactionTest, ACompletionThatThrowsCostsALine) {
+    static std::vector<std::string> lines;
+    setNSLogHandler([](std::string_view line) { lines.emplace_back(line); });
+    CATransaction::begin();
+    CATransaction::setCompletionBlock([] { throw std::runtime_error("no"); });
+    CATransaction::commit();
+    clock_.advance(1s);
+    setNSLogHandler(nullptr);
+    EXPECT_EQ(lines, (std::vector<std::string>{"animation completion threw: no"}));
 }
 
 TEST_F(CATransactionTest, TheModelChangesAtOnceAndWhatShowsRunsToIt) {
