@@ -13,13 +13,11 @@ namespace {
 constexpr std::size_t kLargestStep = std::size_t{1} << 30U;
 
 const EVP_CIPHER* cipher() {
-    static const EVP_CIPHER* const fetched = EVP_CIPHER_fetch(nullptr, "AES-256-CBC", nullptr);
+    static const EVP_CIPHER* const fetched = [] {
+        keepLibcryptoToTheEnd();
+        return EVP_CIPHER_fetch(nullptr, "AES-256-CBC", nullptr);
+    }();
     return fetched;
-}
-
-EVP_CIPHER_CTX* threadContext() {
-    thread_local const CipherContext context(EVP_CIPHER_CTX_new());
-    return context.get();
 }
 
 /// The bytes and the place they go to; advances both.
@@ -98,7 +96,7 @@ CCCryptorStatus CCCrypt(CCOperation operation, CCAlgorithm algorithm, CCOptions 
         return kCCAlignmentError;
     }
     if (dataOut.size() < room) return kCCBufferTooSmall;
-    auto* context = threadContext();
+    auto* context = threadContext<CipherContext, 1>(0, EVP_CIPHER_CTX_new);
     if (!context || !cipher()) return kCCUnspecifiedError;
 
     CCCryptorStatus status = kCCUnspecifiedError;

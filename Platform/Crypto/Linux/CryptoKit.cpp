@@ -27,8 +27,10 @@ constexpr std::array<Algorithm, 5> kAlgorithms{
 // other statics may still use it, never freed.
 template <HashFunction Function>
 const EVP_MD* fetched() {
-    static const EVP_MD* const digest =
-        EVP_MD_fetch(nullptr, kAlgorithms[static_cast<std::size_t>(Function)].name, nullptr);
+    static const EVP_MD* const digest = [] {
+        keepLibcryptoToTheEnd();
+        return EVP_MD_fetch(nullptr, kAlgorithms[static_cast<std::size_t>(Function)].name, nullptr);
+    }();
     return digest;
 }
 
@@ -49,11 +51,9 @@ const EVP_MD* algorithm(HashFunction function) {
 }
 
 // One context for each function: a context that changes its algorithm gives up its state and makes a new one.
-EVP_MD_CTX* threadContext(HashFunction function) {
-    thread_local std::array<DigestContext, kAlgorithms.size()> contexts;
-    auto& context = contexts[static_cast<std::size_t>(function)];
-    if (!context) context.reset(EVP_MD_CTX_new());
-    return context.get();
+EVP_MD_CTX* contextFor(HashFunction function) {
+    return threadContext<DigestContext, kAlgorithms.size()>(static_cast<std::size_t>(function),
+                                                            EVP_MD_CTX_new);
 }
 
 /// The digest of `first` and `second` in a row.
@@ -65,7 +65,7 @@ bool digestOf(EVP_MD_CTX* context, const EVP_MD* digest, Bytes first, Bytes seco
 }
 
 bool hashInto(HashFunction function, Bytes bytes, std::uint8_t* output) {
-    auto* context = threadContext(function);
+    auto* context = contextFor(function);
     const auto* digest = algorithm(function);
     return context && digest && EVP_DigestInit_ex2(context, digest, nullptr) == 1 &&
            EVP_DigestUpdate(context, bytes.data(), bytes.size()) == 1 &&
@@ -75,7 +75,7 @@ bool hashInto(HashFunction function, Bytes bytes, std::uint8_t* output) {
 /// HMAC from two digests. The library's own HMAC takes twice as long for short texts, since it copies and
 /// frees a context for each key.
 bool codeInto(HashFunction function, Bytes bytes, Bytes key, std::uint8_t* output) {
-    auto* context = threadContext(function);
+    auto* context = contextFor(function);
     const auto* digest = algorithm(function);
     if (!context || !digest) return false;
     const std::size_t block = kAlgorithms[static_cast<std::size_t>(function)].block;
@@ -116,14 +116,14 @@ bool CryptoKit::hashSecret(HashFunction function, Bytes secret, std::span<std::u
     if (digest.size() != digestLength(function)) return false;
     const bool done = hashInto(function, secret, digest.data());
     // The context still holds the last block; resetting it clears that.
-    if (auto* context = threadContext(function)) EVP_MD_CTX_reset(context);
+    if (auto* context = contextFor(function)) EVP_MD_CTX_reset(context);
     return done;
 }
 
 Data CryptoKit::authenticationCode(HashFunction function, Bytes bytes, Bytes key) {
     auto result =
         digestResult(function, [&](std::uint8_t* output) { return codeInto(function, bytes, key, output); });
-    if (auto* context = threadContext(function)) EVP_MD_CTX_reset(context);
+    if (auto* context = contextFor(function)) EVP_MD_CTX_reset(context);
     return result;
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <random>
 #include <thread>
@@ -245,6 +247,21 @@ TEST(ZQCryptoTest, ThreadsDontDisturbEachOther) {
     }
     for (auto& thread : threads) thread.join();
     EXPECT_EQ(alone, together);
+}
+
+TEST(ZQCryptoDeathTest, ServesHandlersAtTheEndOfTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    static const auto tell = [] {
+        const auto encrypted = ZQCrypto::aesCBCEncrypt(std::string_view("text"), "key");
+        const auto decrypted = ZQCrypto::aesCBCDecrypt(encrypted->data(), Data(std::string("key")));
+        std::fputs((*zq_md5HexLower("abc") + " " + *decrypted->utf8() + ";").c_str(), stderr);
+    };
+    const auto endAfterUse = [] {
+        std::atexit([] { tell(); });
+        tell();
+        std::exit(0);
+    };
+    EXPECT_EXIT(endAfterUse(), testing::ExitedWithCode(0), "(900150983cd24fb0d6963f7d28e17f72 text;){2}");
 }
 
 }  // namespace
