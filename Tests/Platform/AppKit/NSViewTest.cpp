@@ -8,7 +8,6 @@
 #include "Platform/AppKit/NSTrackingArea.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/AppKit/PointerTracking.h"
-#include "Platform/Base/NSLog.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Platform/Graphics/CGRect.h"
 #include "Platform/QuartzCore/CALayer.h"
