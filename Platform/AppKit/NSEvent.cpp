@@ -72,7 +72,8 @@ void EventMonitors::remove(const std::shared_ptr<NSObject>& token) {
     for (List* list : {&local_, &global_}) {
         const auto found = std::ranges::find(*list, token);
         if (found == list->end()) continue;
-        const auto monitor = *found;
+        // Ends after the list is whole again: foreign objects may end with its handler.
+        const auto monitor = std::move(*found);
         monitor->removed = true;
         list->erase(found);
         if (list == &global_) globalsChanged();
