@@ -84,15 +84,15 @@ void NSView::removeFromSuperview() {
 // Cuts the link alone; a view that moves within its window keeps it.
 void NSView::detach(NSView& view, bool staysInWindow) {
     guardedCall("willRemoveSubview", [&] { willRemoveSubview(view); });
-    const auto found =
-        std::ranges::find_if(subviews_, [&](const auto& subview) { return subview.get() == &view; });
-    if (found == subviews_.end()) return;
-    const auto held = *found;
+    const auto isIt = [&](const auto& subview) { return subview.get() == &view; };
+    if (std::ranges::none_of(subviews_, isIt)) return;
+    const auto held = view.shared_from_this();
     if (!staysInWindow) {
         if (const auto window = window_.lock()) window->viewLeft(view);
     }
     unlinking(view);
-    subviews_.erase(found);
+    // Looked for again: those who heard of it may have changed the list.
+    std::erase_if(subviews_, isIt);
     view.superview_.reset();
     setNeedsDisplay(true);
     setNeedsLayout(true);

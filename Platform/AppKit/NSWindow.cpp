@@ -188,15 +188,17 @@ void NSWindow::setContentView(std::shared_ptr<NSView> view) {
         old->enterWindow(nullptr);
     }
     if (!view) return;
-    view->removeFromSuperview();
-    if (const auto other = view->window(); other && other->contentView_ == view)
+    // Held to the end, whoever else lets go of it meanwhile.
+    const auto content = std::move(view);
+    content->removeFromSuperview();
+    if (const auto other = content->window(); other && other->contentView_ == content)
         other->setContentView(nullptr);
-    contentView_ = view;
-    view->tellWillMove(held);
-    view->setFrame({{0, 0}, frame_.size});
-    rootLayerEntered(*view);
-    view->enterWindow(held);
-    view->markSubtreeTracking();
+    contentView_ = content;
+    content->tellWillMove(held);
+    content->setFrame({{0, 0}, frame_.size});
+    rootLayerEntered(*content);
+    content->enterWindow(held);
+    content->markSubtreeTracking();
 }
 
 void NSWindow::setContentViewController(std::shared_ptr<NSViewController> controller) {

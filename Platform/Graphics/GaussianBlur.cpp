@@ -93,7 +93,7 @@ void runningMean(const Line& line, int width, Room& room) {
     const auto share =
         static_cast<std::uint64_t>((std::uint64_t{1} << 32) / static_cast<std::uint64_t>(width) + 1);
     for (int i = 0; i < line.count; ++i) {
-        if (i + half < line.count) sum += copy[static_cast<std::size_t>(i + half)];
+        if (i + half < line.count) sum += copy[static_cast<std::size_t>(i) + static_cast<std::size_t>(half)];
         if (i - half - 1 >= 0) sum -= copy[static_cast<std::size_t>(i - half - 1)];
         line.start[static_cast<std::size_t>(i) * line.stride] =
             static_cast<std::uint8_t>(((sum + static_cast<std::uint32_t>(half)) * share) >> 32);

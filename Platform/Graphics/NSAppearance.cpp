@@ -45,7 +45,7 @@ std::shared_ptr<const NSAppearance> NSAppearance::currentDrawingAppearance() {
     return drawsDark ? dark() : light();
 }
 
-void NSAppearance::setCurrentDrawingAppearance(std::shared_ptr<const NSAppearance> appearance) {
+void NSAppearance::setCurrentDrawingAppearance(const std::shared_ptr<const NSAppearance>& appearance) {
     drawsDark = appearance && appearance->isDark();
 }
 

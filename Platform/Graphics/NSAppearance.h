@@ -32,7 +32,7 @@ class ZQ_EXPORT NSAppearance final {
     /// What the calling thread draws for; never null.
     [[nodiscard]] static std::shared_ptr<const NSAppearance> currentDrawingAppearance();
     /// A null pointer means light.
-    static void setCurrentDrawingAppearance(std::shared_ptr<const NSAppearance> appearance);
+    static void setCurrentDrawingAppearance(const std::shared_ptr<const NSAppearance>& appearance);
     /// Runs `block` with this appearance current on the calling thread.
     void performAsCurrentDrawingAppearance(const std::function<void()>& block) const;
 

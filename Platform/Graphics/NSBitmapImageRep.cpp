@@ -21,7 +21,7 @@ std::shared_ptr<NSBitmapImageRep> NSBitmapImageRep::make(const Format& format) {
     return makeObject<NSBitmapImageRep>(std::move(pixels), size);
 }
 
-std::shared_ptr<NSBitmapImageRep> NSBitmapImageRep::make(std::shared_ptr<const CGImage> image) {
+std::shared_ptr<NSBitmapImageRep> NSBitmapImageRep::make(const std::shared_ptr<const CGImage>& image) {
     if (!image) return nullptr;
     const CGSize size{CGFloat(image->width()), CGFloat(image->height())};
     // Never written to while an image has it: makeContext copies then.

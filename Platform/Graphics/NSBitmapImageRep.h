@@ -41,7 +41,7 @@ class ZQ_EXPORT NSBitmapImageRep final : public NSImageRep {
 
     /// Transparent pixels, a point each; null for any format but ours and for sides a bitmap can't have.
     [[nodiscard]] static std::shared_ptr<NSBitmapImageRep> make(const Format& format);
-    [[nodiscard]] static std::shared_ptr<NSBitmapImageRep> make(std::shared_ptr<const CGImage> image);
+    [[nodiscard]] static std::shared_ptr<NSBitmapImageRep> make(const std::shared_ptr<const CGImage>& image);
     /// Reads PNG, JPEG, TIFF, GIF, BMP, ICO and what else the system's loaders read; the size follows the
     /// resolution that the file tells, 72 pixels an inch without. Null for bytes that are none of these,
     /// that end too early, or that claim more than 64 million pixels.

@@ -129,14 +129,15 @@ void CALayer::insertSublayer(const std::shared_ptr<CALayer>& layer, std::size_t 
     for (const CALayer* above = this; above; above = above->state_->superlayer) {
         if (above == layer.get()) return;
     }
-    const std::shared_ptr<CALayer> kept = layer;  // `layer` may be an element of a list that changes below
-    kept->removeFromSuperlayer();
+    std::shared_ptr<CALayer> kept = layer;  // `layer` may be an element of a list that changes below
+    CALayer& added = *kept;
+    added.removeFromSuperlayer();
     auto& sublayers = state_->sublayers;
     sublayers.insert(sublayers.begin() + static_cast<std::ptrdiff_t>(std::min(index, sublayers.size())),
-                     kept);
-    kept->state_->superlayer = this;
-    kept->state_->changed = kept->state_->needsRender = true;
-    tellChange(kept->state_->runningUntil);
+                     std::move(kept));
+    added.state_->superlayer = this;
+    added.state_->changed = added.state_->needsRender = true;
+    tellChange(added.state_->runningUntil);
 }
 
 void CALayer::removeFromSuperlayer() {

@@ -129,7 +129,7 @@ void CGContext::beginTransparencyLayer(CGFloat alpha, const std::optional<CGShad
 
 void CGContext::Impl::endGroup(const CGImage* mask, const CGRect& rect) {
     cairo_t* const target = cairo.get();
-    const ContextGroup group = std::move(groups.back());
+    const ContextGroup group = groups.back();
     groups.pop_back();
     // cairo refuses to end a group inside a state that was saved in it.
     while (saved.size() > group.states + 1) {

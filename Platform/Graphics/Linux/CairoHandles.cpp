@@ -15,7 +15,7 @@ CairoSurface surfaceOver(std::shared_ptr<const PixelBuffer> pixels) {
     auto holder = std::make_unique<Holder>(std::move(pixels));
     const auto release = [](void* held) { delete static_cast<Holder*>(held); };
     if (cairo_surface_set_user_data(surface.get(), &key, holder.get(), release) == CAIRO_STATUS_SUCCESS) {
-        holder.release();
+        static_cast<void>(holder.release());
     }
     return surface;
 }
