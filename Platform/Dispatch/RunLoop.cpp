@@ -4,15 +4,18 @@
 #include <sys/epoll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <mutex>
+#include <span>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "Platform/Dispatch/DispatchSourceTimer.h"
+#include "Platform/Dispatch/Linux/MainLoopGuest.h"
 #include "Platform/Dispatch/Linux/MainQueue.h"
 
 namespace zqcore::platform {
@@ -20,6 +23,10 @@ namespace zqcore::platform {
 namespace {
 
 constexpr std::uint64_t kMainQueueKey = 0;
+
+[[nodiscard]] bool isGuests(const epoll_event& event) noexcept {
+    return event.data.u64 == MainLoopGuest::kKey;
+}
 
 struct WatchState {
     std::function<void(short)> handler;
@@ -35,6 +42,8 @@ struct RunLoop::State {
     std::uint64_t lastKey = kMainQueueKey;
     // The runs under way, the innermost last: whether each was told to stop.
     std::vector<bool> stopped;
+    // The main thread's alone.
+    MainLoopGuest* guest = nullptr;
 
     std::shared_ptr<WatchState> find(std::uint64_t key) {
         const std::lock_guard lock(mutex);
@@ -56,6 +65,7 @@ struct RunLoop::State {
         return stopped.back();
     }
     bool round(int timeout) noexcept;
+    void admitGuest() noexcept;
 };
 
 namespace {
@@ -86,12 +96,19 @@ RunLoop& RunLoop::main() {
 
 // Waits for something to do and does what is ready. No exception may reach what the host has on its stack.
 bool RunLoop::State::round(int timeout) noexcept {
+    if (timeout != 0) admitGuest();
     std::array<epoll_event, 32> events{};
     const int count = epoll_wait(epoll, events.data(), static_cast<int>(events.size()), timeout);
-    bool ran = false;
-    for (int i = 0; i < count; ++i) {
-        const epoll_event& event = events[static_cast<std::size_t>(i)];
+    const std::span ready(events.data(), static_cast<std::size_t>(std::max(count, 0)));
+    // The guest first, since nobody else was woken for it and the rest may take its time.
+    const bool forGuest = std::ranges::any_of(ready, isGuests);
+    if (forGuest) guest->ready();
+    bool ran = forGuest;
+    bool drained = false;
+    for (const epoll_event& event : ready) {
+        if (isGuests(event)) continue;
         if (event.data.u64 == kMainQueueKey) {
+            drained = true;
             ran = MainQueue::shared().drain() || ran;
         } else if (const auto watch = find(event.data.u64); watch && !watch->ended) {
             // An earlier handler of this round may have ended the watch, so each is looked up anew.
@@ -99,7 +116,16 @@ bool RunLoop::State::round(int timeout) noexcept {
             ran = true;
         }
     }
+    // What the guest put on the queue is run without another look at the descriptors.
+    if (forGuest && !drained && MainQueue::shared().hasWork()) MainQueue::shared().drain();
     return ran;
+}
+
+void RunLoop::State::admitGuest() noexcept {
+    MainLoopGuest* const installed = MainLoopGuest::installed();
+    if (installed == guest) return;
+    guest = installed;
+    guest->join(epoll);
 }
 
 void RunLoop::run() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <expected>
 #include <functional>
 #include <memory>
@@ -47,7 +48,12 @@ class ZQ_EXPORT ScriptingBus {
     using Reply = std::move_only_function<void(Answer)>;
     /// Takes a command's text. Called on a thread of the bus, so it only hands on.
     using CommandHandler = std::function<void(std::string text, Reply reply)>;
+    /// Takes the outcome of a command that was sent, on a thread that has time for it.
+    using Finish = std::function<void(std::expected<Answer, NSError>)>;
     using NotificationHandler = std::function<void(const NSDistributedNotification&)>;
+
+    /// Up to this length a text costs microseconds, which any thread has.
+    static constexpr std::size_t kBriefText = std::size_t{16} * 1024;
 
     virtual ~ScriptingBus() = default;
 
@@ -69,6 +75,14 @@ class ZQ_EXPORT ScriptingBus {
     /// Sends the command `request:` and waits for its answer.
     [[nodiscard]] virtual std::expected<Answer, NSError> request(const std::string& identifier,
                                                                  std::string_view text) = 0;
+
+    /// Whether a brief `request:` can go out at once, as far as that is known without asking anyone: the
+    /// process runs, has the command, and not too many are under way. Never waits.
+    [[nodiscard]] virtual bool isAtHand(const std::string&) { return false; }
+    /// Sends the command `request:` if that can be done at once, and calls `finish` with its answer, once, on
+    /// another thread or on the main thread between two blocks. Else it gives false and calls nothing. Never
+    /// waits.
+    [[nodiscard]] virtual bool sendIfAtHand(const std::string&, std::string_view, Finish) { return false; }
 
     /// Claims `identifier` and hands every `request:` to `handler` from then on. A second call for the same
     /// identifier replaces the handler.

@@ -9,6 +9,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <utility>
@@ -22,6 +23,8 @@ namespace {
 
 std::atomic<std::chrono::microseconds> limitInForce{kCallLimit};
 
+// How many messages the main thread takes in before it turns to its blocks.
+constexpr int kMostInATurn = 32;
 constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
 
 [[nodiscard]] short wantedEvents(sd_bus* bus) {
@@ -61,6 +64,8 @@ void silence(const FileDescriptor& bell) {
 std::chrono::microseconds callLimit() noexcept { return limitInForce; }
 void setCallLimitForTesting(std::chrono::microseconds limit) noexcept { limitInForce = limit; }
 
+thread_local constinit bool BusConnection::readsHere_ = false;
+
 BusConnection::BusConnection(Owner& owner)
     : owner_(owner),
       poller_(::epoll_create1(EPOLL_CLOEXEC)),
@@ -70,11 +75,12 @@ BusConnection::BusConnection(Owner& owner)
     event.events = EPOLLIN;
     event.data.fd = threadWake_.get();
     ::epoll_ctl(poller_.get(), EPOLL_CTL_ADD, threadWake_.get(), &event);
+    MainLoopGuest::install(*this);
 }
 
 BusConnection::Access::Access(BusConnection& connection, Opening opening)
-    : connection_(connection), lock_(connection.mutex_) {
-    if (opening == Opening::ifNeeded) failure_ = connection_.ensureOpen();
+    : connection_(connection), opening_(opening), lock_(connection.mutex_) {
+    if (opening_ == Opening::ifNeeded) failure_ = connection_.ensureOpen();
 }
 
 BusConnection::Access::~Access() {
@@ -85,7 +91,7 @@ BusConnection::Access::~Access() {
 void BusConnection::Access::takeInArrived() {
     if (!bus()) return;
     connection_.processArrived();
-    if (!bus()) failure_ = connection_.ensureOpen();
+    if (!bus() && opening_ == Opening::ifNeeded) failure_ = connection_.ensureOpen();
 }
 
 int BusConnection::ensureOpen() {
@@ -113,13 +119,18 @@ void BusConnection::startThread() {
 }
 
 void BusConnection::pump() {
+    readsHere_ = true;
     Lock lock(mutex_);
     for (;;) {
-        if (bus_ && !leading_) processArrived();
+        if (bus_ && !leader_) processArrived();
         deliver(lock);
-        const bool mine = bus_ && !leading_;
+        const bool mine = bus_ && !leader_;
         watchBus(mine ? wantedEvents(bus_.get()) : short{0});
-        threadSleep_ = {.asleep = true, .until = mine ? wantedTime(bus_.get()) : kNever, .events = 0};
+        // An earlier time that still lies ahead is kept: one needless wake-up after minutes is cheaper than
+        // being told of the limit of every call that is sent.
+        const std::uint64_t kept = millisecondsUntil(threadSleep_.until) > 0 ? threadSleep_.until : kNever;
+        threadSleep_ = {
+            .asleep = true, .until = std::min(kept, mine ? wantedTime(bus_.get()) : kNever), .events = 0};
         const int limit = millisecondsUntil(threadSleep_.until);
         lock.unlock();
         std::array<epoll_event, 2> events{};
@@ -130,23 +141,51 @@ void BusConnection::pump() {
     }
 }
 
+// Both sets have the socket, exclusively: whoever of the main thread and the connection's own sleeps is woken
+// for it, and only one of them. It is the one that put it in first, if both do.
 void BusConnection::watchBus(short events) {
-    if (events == watched_ || !bus_) return;
+    if (!bus_ || events == watched_) return;
     const int socket = sd_bus_get_fd(bus_.get());
     epoll_event event{};
-    event.events = static_cast<std::uint32_t>(events);
-    event.data.fd = socket;
-    // Taken out rather than silenced: a hang-up is reported for whatever is in the set.
-    const int operation = events == 0 ? EPOLL_CTL_DEL : watched_ == 0 ? EPOLL_CTL_ADD : EPOLL_CTL_MOD;
-    ::epoll_ctl(poller_.get(), operation, socket, &event);
+    event.events = static_cast<std::uint32_t>(events) | EPOLLEXCLUSIVE;
+    event.data.u64 = MainLoopGuest::kKey;
+    for (const int set : {mainSet_, poller_.get()}) {
+        if (set < 0) continue;
+        // Taken out rather than silenced: a hang-up is reported for whatever is in the set. Nor can an
+        // exclusive watch be changed.
+        if (watched_ != 0) ::epoll_ctl(set, EPOLL_CTL_DEL, socket, nullptr);
+        if (events != 0) ::epoll_ctl(set, EPOLL_CTL_ADD, socket, &event);
+    }
     watched_ = events;
 }
 
-void BusConnection::processArrived() {
+void BusConnection::join(int epoll) noexcept {
+    const Lock lock(mutex_);
+    const short events = watched_;
+    watchBus(0);
+    mainSet_ = epoll;
+    watchBus(events);
+}
+
+void BusConnection::ready() noexcept {
+    const bool outer = std::exchange(readsHere_, true);
+    {
+        Lock lock(mutex_);
+        if (bus_ && !leader_) {
+            // What is left wakes it again, after what else it has to do.
+            processArrived(kMostInATurn);
+            rouse();
+        }
+        deliver(lock);
+    }
+    readsHere_ = outer;
+}
+
+void BusConnection::processArrived(int most) {
     int progress = 0;
     do {
         progress = sd_bus_process(bus_.get(), nullptr);
-    } while (progress > 0);
+    } while (progress > 0 && --most > 0);
     if (progress < 0 || sd_bus_is_open(bus_.get()) <= 0) close(progress < 0 ? progress : -ECONNRESET);
 }
 
@@ -154,81 +193,117 @@ void BusConnection::close(int reason) {
     watchBus(0);
     owner_.closing();
     // sd-bus has answered its pending calls by now; whatever it forgot must not wait for ever.
-    for (Pending* pending : std::exchange(pending_, {})) {
-        pending->result = std::unexpected(scriptingErrorForErrno(reason, "the bus went away"));
-        pending->done = true;
-        pending->changed.notify_one();
-    }
+    for (Pending* pending : std::exchange(pending_, {}))
+        settle(*pending, std::unexpected(scriptingErrorForErrno(reason, "the bus went away")));
+    while (!sent_.empty())
+        finished(sent_.front(), std::unexpected(scriptingErrorForErrno(reason, "the bus went away")));
     bus_.reset();
     defer([this] { owner_.lost(); });
 }
 
+BusConnection::Outcome BusConnection::outcome(sd_bus_message* message, const Read& read) {
+    if (sd_bus_message_is_method_error(message, nullptr) > 0) {
+        // When the connection goes, sd-bus itself answers what is pending, as if the target kept silent.
+        if (sd_bus_is_open(sd_bus_message_get_bus(message)) <= 0)
+            return std::unexpected(scriptingErrorForErrno(-ECONNRESET, "the bus went away"));
+        const sd_bus_error* error = sd_bus_message_get_error(message);
+        return std::unexpected(
+            scriptingErrorForBusError(error->name ? error->name : "", error->message ? error->message : ""));
+    }
+    const int failure = read(message);
+    if (failure < 0) return std::unexpected(scriptingErrorForErrno(failure, "the answer can't be read"));
+    return {};
+}
+
 int BusConnection::onAnswer(sd_bus_message* message, void* pointer, sd_bus_error*) {
     auto& pending = *static_cast<Pending*>(pointer);
-    if (sd_bus_message_is_method_error(message, nullptr) > 0) {
-        const sd_bus_error* error = sd_bus_message_get_error(message);
-        // When the connection goes, sd-bus itself answers what is pending, as if the target kept silent.
-        if (sd_bus_is_open(sd_bus_message_get_bus(message)) <= 0) {
-            pending.result = std::unexpected(scriptingErrorForErrno(-ECONNRESET, "the bus went away"));
-        } else {
-            pending.result = std::unexpected(scriptingErrorForBusError(error->name ? error->name : "",
-                                                                       error->message ? error->message : ""));
-        }
-    } else if (const int failure = pending.read(message); failure < 0) {
-        pending.result = std::unexpected(scriptingErrorForErrno(failure, "the answer can't be read"));
-    }
-    pending.done = true;
-    pending.changed.notify_one();
+    pending.connection.settle(pending, outcome(message, pending.read));
     return 1;
 }
 
-std::expected<void, NSError> BusConnection::call(const Build& build, const Read& read) {
+void BusConnection::settle(Pending& pending, Outcome result) {
+    pending.result = std::move(result);
+    pending.done = true;
+    // Another thread may have read the answer of the one that sleeps on the socket.
+    if (&pending == leader_ && leaderSleep_.asleep) ring(leaderWake_);
+    pending.changed.notify_one();
+}
+
+int BusConnection::onSentAnswer(sd_bus_message* message, void* pointer, sd_bus_error*) {
+    auto& sent = *static_cast<Sent*>(pointer);
+    sent.connection.finished(sent, outcome(message, sent.read));
+    return 1;
+}
+
+void BusConnection::finished(Sent& sent, Outcome result) {
+    sent.result = std::move(result);
+    sent.slot.reset();
+    finished_.splice(finished_.end(), sent_, sent.self);
+}
+
+int BusConnection::sendCall(const Build& build, sd_bus_message_handler_t answered, void* data,
+                            SdSlotHandle& slot) {
+    sd_bus_message* raw = nullptr;
+    const int made = build(bus_.get(), &raw);
+    const SdMessageHandle message(raw);
+    if (made < 0) return made;
+    sd_bus_slot* rawSlot = nullptr;
+    const int sent = sd_bus_call_async(bus_.get(), &rawSlot, raw, answered, data,
+                                       static_cast<std::uint64_t>(callLimit().count()));
+    slot.reset(rawSlot);
+    return sent;
+}
+
+BusConnection::Outcome BusConnection::call(const Build& build, const Read& read) {
     Access access(*this);
     if (access.failure() < 0) return std::unexpected(scriptingErrorForErrno(access.failure(), "no bus"));
-    Pending pending{.read = read};
+    Pending pending{.connection = *this, .read = read};
     SdSlotHandle slot;
-    {
-        sd_bus_message* raw = nullptr;
-        int failure = build(bus_.get(), &raw);
-        const SdMessageHandle message(raw);
-        if (failure < 0) return std::unexpected(scriptingErrorForErrno(failure, "the call can't be made"));
-        sd_bus_slot* rawSlot = nullptr;
-        failure = sd_bus_call_async(bus_.get(), &rawSlot, raw, &onAnswer, &pending,
-                                    static_cast<std::uint64_t>(callLimit().count()));
-        if (failure < 0) return std::unexpected(scriptingErrorForErrno(failure, "the call can't be sent"));
-        slot.reset(rawSlot);
-    }
+    const int failure = sendCall(build, &onAnswer, &pending, slot);
+    if (failure < 0) return std::unexpected(scriptingErrorForErrno(failure, "the call can't be sent"));
     pending_.push_back(&pending);
     waitForAnswer(pending, access.lock_);
     return std::move(pending.result);
 }
 
+void BusConnection::send(Access& access, const Build& build, Read read, Finish finish) {
+    Sent& sent = sent_.emplace_back(*this, std::move(read), std::move(finish));
+    sent.self = std::prev(sent_.end());
+    if (!bus_) {
+        const int failure = access.failure() < 0 ? access.failure() : -ENOTCONN;
+        return finished(sent, std::unexpected(scriptingErrorForErrno(failure, "no bus")));
+    }
+    const int failure = sendCall(build, &onSentAnswer, &sent, sent.slot);
+    if (failure < 0)
+        finished(sent, std::unexpected(scriptingErrorForErrno(failure, "the call can't be sent")));
+}
+
 void BusConnection::waitForAnswer(Pending& pending, Lock& lock) {
     const DispatchBlockingScope blocking;
     while (!pending.done) {
-        if (leading_) {
+        if (leader_) {
             // Another caller reads the socket; it passes on when it has its own answer.
             rouse();
             waiting_.push_back(&pending);
-            pending.changed.wait(lock, [&] { return pending.done || !leading_; });
+            pending.changed.wait(lock, [&] { return pending.done || !leader_; });
             std::erase(waiting_, &pending);
         } else {
             lead(pending, lock);
         }
     }
     std::erase(pending_, &pending);
-    if (!leading_ && !waiting_.empty()) waiting_.front()->changed.notify_one();
+    if (!leader_ && !waiting_.empty()) waiting_.front()->changed.notify_one();
 }
 
-void BusConnection::lead(const Pending& pending, Lock& lock) {
-    leading_ = true;
+void BusConnection::lead(Pending& pending, Lock& lock) {
+    leader_ = &pending;
     watchBus(0);
     while (!pending.done) {
         processArrived();
         deliver(lock);
         if (!pending.done && bus_) sleepOnBus(lock);
     }
-    leading_ = false;
+    leader_ = nullptr;
 }
 
 void BusConnection::sleepOnBus(Lock& lock) {
@@ -247,7 +322,7 @@ void BusConnection::rouse() {
     if (!bus_) return;
     const short events = wantedEvents(bus_.get());
     const std::uint64_t until = wantedTime(bus_.get());
-    if (leading_) {
+    if (leader_) {
         const bool more = (events & ~leaderSleep_.events) != 0 || until < leaderSleep_.until;
         if (leaderSleep_.asleep && more) ring(leaderWake_);
         return;
@@ -258,18 +333,44 @@ void BusConnection::rouse() {
     if (threadSleep_.asleep && until < threadSleep_.until) ring(threadWake_);
 }
 
+void BusConnection::defer(Work work, Weight weight) {
+    deferred_.push_back(std::move(work));
+    if (weight == Weight::heavy) heavy_ = true;
+}
+
 void BusConnection::deliver(Lock& lock) {
     // One thread at a time, so that the order of arrival is kept.
-    if (delivering_) return;
-    delivering_ = true;
-    while (!deferred_.empty()) {
-        auto batch = std::exchange(deferred_, {});
+    if (!delivering_) {
+        delivering_ = true;
+        while (!deferred_.empty()) {
+            if (heavy_ && isMainThread()) {
+                ring(threadWake_);
+                break;
+            }
+            heavy_ = false;
+            auto batch = std::exchange(deferred_, {});
+            lock.unlock();
+            for (Work& work : batch) work();
+            batch.clear();
+            lock.lock();
+        }
+        delivering_ = false;
+    }
+    runFinished(lock);
+}
+
+// Answers have no order among each other, and what follows one may itself wait for the bus.
+void BusConnection::runFinished(Lock& lock) {
+    const bool free = std::exchange(readsHere_, false);
+    while (!finished_.empty()) {
+        std::list<Sent> batch;
+        batch.swap(finished_);
         lock.unlock();
-        for (Work& work : batch) work();
+        for (Sent& sent : batch) sent.finish(std::move(sent.result), free);
         batch.clear();
         lock.lock();
     }
-    delivering_ = false;
+    readsHere_ = free;
 }
 
 }  // namespace zqcore::platform

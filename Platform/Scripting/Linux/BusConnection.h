@@ -2,13 +2,17 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <functional>
+#include <limits>
+#include <list>
 #include <mutex>
 #include <vector>
 
 #include "Platform/Base/NSError.h"
+#include "Platform/Dispatch/Linux/MainLoopGuest.h"
 #include "Platform/Scripting/Linux/SdBusHandles.h"
 
 namespace zqcore::platform {
@@ -24,14 +28,14 @@ void setCallLimitForTesting(std::chrono::microseconds limit) noexcept;
 
 /// The process's one connection to the session bus. sd-bus isn't thread-safe, nor are the counters of its
 /// messages, so one lock lies over all of it; foreign code never runs under that lock.
-/// Roads: a caller writes its message itself and, if nobody else does, reads the socket itself until its
-/// answer is there, so that an answer costs no hop through another thread. Otherwise a thread of the
-/// connection's own sleeps on the socket. An idle connection causes no wake-up.
-/// Threads: every operation from any, except from inside an sd-bus callback, which holds the lock already.
-/// Lifetime: it connects at first use, and again at the next use after the bus went; it is never destroyed
-/// while its thread lives, that is, never.
-/// Failure: the bus's error as a scripting error, at once where there is no bus.
-class BusConnection final {
+/// Roads: a caller writes its message itself. One that waits for its answer reads the socket itself
+/// meanwhile, if nobody else does, so that an answer costs no hop through another thread. Otherwise the main
+/// thread reads it while it sleeps in its loop, for most of what comes is meant for it, and else a thread of
+/// the connection's own. An idle connection causes no wake-up. Threads: every operation from any, except from
+/// inside an sd-bus callback, which holds the lock already. Lifetime: it connects at first use, and again at
+/// the next use after the bus went; it is never destroyed while its thread lives, that is, never. Failure:
+/// the bus's error as a scripting error, at once where there is no bus.
+class BusConnection final : private MainLoopGuest {
   public:
     /// Who uses the connection: told of its beginnings and ends.
     class Owner {
@@ -49,10 +53,15 @@ class BusConnection final {
     using Build = std::function<int(sd_bus*, sd_bus_message**)>;
     using Read = std::function<int(sd_bus_message*)>;
 
+    using Outcome = std::expected<void, NSError>;
+    /// Takes the outcome of a call that nobody waits for. `free` tells that the thread reads the socket and
+    /// has nothing else on its stack that could wait for what it runs now: only then may it go on at once.
+    using Finish = std::move_only_function<void(Outcome, bool free)>;
+
     explicit BusConnection(Owner& owner);
     ~BusConnection() = delete;
 
-    /// The lock, and a bus under it. Its end sends the connection's thread to work if that is needed.
+    /// The lock, and a bus under it. Its end sends whoever watches the socket to work if that is needed.
     class Access final {
       public:
         enum class Opening { ifNeeded, never };
@@ -71,26 +80,48 @@ class BusConnection final {
       private:
         friend class BusConnection;
         BusConnection& connection_;
+        const Opening opening_;
         std::unique_lock<std::mutex> lock_;
         int failure_ = 0;
     };
 
     /// Sends what `build` makes and waits for the answer, which `read` takes apart (under the lock, perhaps
     /// on another thread, so it only copies).
-    [[nodiscard]] std::expected<void, NSError> call(const Build& build, const Read& read);
+    [[nodiscard]] Outcome call(const Build& build, const Read& read);
 
-    /// Puts work behind the lock: it runs soon, in order, one piece at a time, without the lock. Only under
-    /// the lock.
-    void defer(Work work) { deferred_.push_back(std::move(work)); }
+    /// How many calls may be under way that nobody waits for. A bus may refuse more than 128 unanswered calls
+    /// of one connection, and 64 workers may have one each.
+    static constexpr std::size_t kMostSent = 32;
+    /// Whether one more may be sent. Only under the lock.
+    [[nodiscard]] bool hasRoom() const noexcept { return sent_.size() < kMostSent; }
+    /// The same as `call` without waiting, where there is a bus and room: `finish` runs once, without the
+    /// lock, on the thread that reads the answer or, if the message can't be sent, on this one at the end of
+    /// `access`.
+    void send(Access& access, const Build& build, Read read, Finish finish);
+
+    enum class Weight { light, heavy };
+    /// Puts work behind the lock: it runs soon, in order, one piece at a time, without the lock; heavy work,
+    /// and what stands behind it, never on the main thread. Only under the lock.
+    void defer(Work work, Weight weight = Weight::light);
 
   private:
     using Lock = std::unique_lock<std::mutex>;
 
     struct Pending {
+        BusConnection& connection;
         const Read& read;
         bool done = false;
-        std::expected<void, NSError> result;
+        Outcome result;
         std::condition_variable changed{};
+    };
+    /// A call that nobody waits for.
+    struct Sent {
+        BusConnection& connection;
+        Read read;
+        Finish finish;
+        Outcome result{};
+        SdSlotHandle slot{};
+        std::list<Sent>::iterator self{};
     };
     /// What a sleeping reader waits for.
     struct Sleep {
@@ -102,15 +133,25 @@ class BusConnection final {
     [[nodiscard]] int ensureOpen();
     void startThread();
     void pump();
-    void processArrived();
+    void processArrived(int most = std::numeric_limits<int>::max());
     void close(int reason);
-    void lead(const Pending& pending, Lock& lock);
+    [[nodiscard]] int sendCall(const Build& build, sd_bus_message_handler_t answered, void* data,
+                               SdSlotHandle& slot);
+    void settle(Pending& pending, Outcome result);
+    void lead(Pending& pending, Lock& lock);
     void waitForAnswer(Pending& pending, Lock& lock);
     void sleepOnBus(Lock& lock);
     void watchBus(short events);
     void rouse();
     void deliver(Lock& lock);
+    void runFinished(Lock& lock);
+    void finished(Sent& sent, Outcome result);
+    [[nodiscard]] static Outcome outcome(sd_bus_message* message, const Read& read);
     static int onAnswer(sd_bus_message* message, void* pending, sd_bus_error*);
+    static int onSentAnswer(sd_bus_message* message, void* sent, sd_bus_error*);
+
+    void join(int epoll) noexcept override;
+    void ready() noexcept override;
 
     Owner& owner_;
     std::mutex mutex_;
@@ -119,14 +160,24 @@ class BusConnection final {
     FileDescriptor threadWake_;
     FileDescriptor leaderWake_;
     bool threadStarted_ = false;
-    bool leading_ = false;
+    /// The waiting call whose thread reads the socket, if one does.
+    const Pending* leader_ = nullptr;
     bool delivering_ = false;
+    /// Whether heavy work is among what is deferred.
+    bool heavy_ = false;
     short watched_ = 0;
+    /// The main loop's set, once there is one.
+    int mainSet_ = -1;
     Sleep threadSleep_;
     Sleep leaderSleep_;
     std::vector<Pending*> pending_;
     std::vector<Pending*> waiting_;
     std::vector<Work> deferred_;
+    std::list<Sent> sent_;
+    std::list<Sent> finished_;
+
+    /// Whether the calling thread reads the socket, with nothing of anyone else's on its stack.
+    static thread_local constinit bool readsHere_;
 };
 
 }  // namespace zqcore::platform

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -68,6 +69,21 @@ std::expected<std::string, std::string> readSealedText(const FileDescriptor& fil
     return text;
 }
 
+int putCarriedText(sd_bus_message* message, bool exchange, std::string_view text,
+                   const FileDescriptor& file) {
+    if (exchange && file) return sd_bus_message_append(message, "v", "h", file.get());
+    // An array is shorter than 64 MiB on a bus, so a text that found no memory for its file goes as one.
+    const bool bytes = exchange && text.size() < kSealedTextThreshold;
+    int put = exchange ? sd_bus_message_open_container(message, 'v', bytes ? "ay" : "s") : 0;
+    void* room = nullptr;
+    char* place = nullptr;
+    if (put >= 0 && bytes) put = sd_bus_message_append_array_space(message, 'y', text.size(), &room);
+    if (put >= 0 && !bytes) put = sd_bus_message_append_string_space(message, text.size(), &place);
+    if (put < 0) return put;
+    std::ranges::copy(text, bytes ? static_cast<char*>(room) : place);
+    return exchange ? sd_bus_message_close_container(message) : put;
+}
+
 int takeCarriedText(sd_bus_message* message, CarriedText& carried) {
     char type = 0;
     const char* content = nullptr;
@@ -75,15 +91,25 @@ int takeCarriedText(sd_bus_message* message, CarriedText& carried) {
     if (read <= 0) return read < 0 ? read : -EBADMSG;
     if (type == 'v') {
         const std::string_view kind(content);
-        if (kind != "s" && kind != "h") return -EBADMSG;
-        read = sd_bus_message_enter_container(message, 'v', kind == "s" ? "s" : "h");
+        if (kind != "s" && kind != "ay" && kind != "h") return -EBADMSG;
+        read = sd_bus_message_enter_container(message, 'v', content);
         if (read < 0) return read;
-        type = kind == "s" ? 's' : 'h';
+        type = kind.front();
     }
     if (type == 's') {
         const char* text = nullptr;
         read = sd_bus_message_read_basic(message, 's', &text);
         if (read > 0) carried.text = text;
+        return read;
+    }
+    if (type == 'a') {
+        const void* bytes = nullptr;
+        std::size_t size = 0;
+        read = sd_bus_message_read_array(message, 'y', &bytes, &size);
+        if (read < 0) return read;
+        const std::string_view text(static_cast<const char*>(bytes), size);
+        if (!isSendableText(text)) return -EBADMSG;
+        carried.text = text;
         return read;
     }
     if (type != 'h') return -EBADMSG;

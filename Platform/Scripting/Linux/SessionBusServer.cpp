@@ -164,6 +164,8 @@ void SessionBus::accept(sd_bus_message* message, std::shared_ptr<const CommandHa
         [[maybe_unused]] const auto done = call->take();
         return;
     }
+    using Weight = BusConnection::Weight;
+    const Weight weight = carried.file ? Weight::heavy : Weight::light;
     connection_.defer(
         [this, handler = std::move(handler), call = std::move(call), carried = std::move(carried)]() mutable {
             if (carried.file) {
@@ -174,7 +176,8 @@ void SessionBus::accept(sd_bus_message* message, std::shared_ptr<const CommandHa
             if (!handler) return;
             (*handler)(std::move(carried.text),
                        [this, call = std::move(call)](const Answer& answer) { reply(*call, answer); });
-        });
+        },
+        weight);
 }
 
 void SessionBus::reply(HeldCall& call, const Answer& answer) {
@@ -189,13 +192,13 @@ void SessionBus::reply(HeldCall& call, const Answer& answer) {
         sd_bus_reply_method_errorf(
             message.get(), kNoResultErrorName,
             answer ? "the result can't be sent" : "the command ended without a result");
-    } else if (file) {
-        sd_bus_reply_method_return(message.get(), "v", "h", file.get());
-    } else if (call.exchange()) {
-        sd_bus_reply_method_return(message.get(), "v", "s", answer->c_str());
-    } else {
-        sd_bus_reply_method_return(message.get(), "s", answer->c_str());
+        return;
     }
+    sd_bus_message* raw = nullptr;
+    int made = sd_bus_message_new_method_return(message.get(), &raw);
+    const SdMessageHandle result(raw);
+    if (made >= 0) made = putCarriedText(raw, call.exchange(), *answer, file);
+    if (made >= 0) sd_bus_send(nullptr, raw, nullptr);
 }
 
 void SessionBus::refuse(HeldCall& call, const std::string& why) {
