@@ -160,7 +160,13 @@ struct JSONCoder<std::vector<T>> : jsondetail::ForwardNested<T> {
             path.setIndex(index++);
             writer.element();
             if constexpr (jsondetail::MayBeAbsent<T>) {
-                if (JSONCoder<T>::isAbsent(element)) writer.fail("an absent element");
+                if (JSONCoder<T>::isAbsent(element)) {
+                    // An element can't be left out: it stands as the platform's encoder leaves one in which
+                    // nothing was written. Its coder may have something to tell.
+                    JSONCoder<T>::encode(writer, element);
+                    if (writer.beginObject()) writer.endObject();
+                    continue;
+                }
             }
             JSONCoder<T>::encode(writer, element);
         }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <vector>
 
 #include "Classes/Core/Utility/Codable/CPOptionImpl.h"
 #include "Platform/Foundation/JSON/JSONDecoder.h"
@@ -137,6 +138,10 @@ TEST(CPOptionTest, WritesItsOwnKindAndLeavesTheEmptyOut) {
     EXPECT_FALSE(JSONEncoder().encode(CPOption<CPOptionImpl::OptionInt>{}));
     ASSERT_EQ(capture.lines().size(), 1U);
     EXPECT_TRUE(capture.contains(" encode 异常，理论上不该走这个分支")) << capture;
+
+    const std::vector<CPOption<CPOptionImpl::OptionInt>> row{{1}, {}, {3}};
+    EXPECT_EQ(JSONEncoder().encode(row)->view(), "[1,{},3]") << "an element can't be left out";
+    EXPECT_EQ(capture.lines().size(), 2U);
 }
 
 TEST(CPOptionTest, WhatCannotBeWrittenIsToldAndHarmsNothingElse) {
