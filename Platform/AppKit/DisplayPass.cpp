@@ -25,6 +25,12 @@ namespace zqcore::platform {
 
 namespace {
 
+/// Enough whole pixels for a length, which may be no number or without end: there is no such surface then.
+std::int64_t pixels(CGFloat length) {
+    constexpr CGFloat kMost = 1'000'000'000;
+    return length > 0 ? static_cast<std::int64_t>(std::ceil(std::min(length, kMost))) : 0;
+}
+
 constexpr double kFrame = 1.0 / 60;
 // Layouts that change constraints again are followed this often in one pass.
 constexpr int kLayoutRounds = 8;
@@ -125,8 +131,8 @@ void DisplayPass::present(NSWindow& window, bool whole) {
     const auto display = window.display();
     const CGFloat scale = window.backingScaleFactor();
     const CGSize size = window.frame().size;
-    const auto width = static_cast<std::int64_t>(std::ceil(size.width * scale));
-    const auto height = static_cast<std::int64_t>(std::ceil(size.height * scale));
+    const auto width = pixels(size.width * scale);
+    const auto height = pixels(size.height * scale);
     if (!display || display->isLost() || width <= 0 || height <= 0) return;
     auto& context = window.surface_;
     const bool fresh = !context || context->width() != width || context->height() != height;

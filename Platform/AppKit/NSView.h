@@ -165,7 +165,8 @@ class ZQ_EXPORT NSView : public NSResponder, public LayoutItem {
     [[nodiscard]] const std::shared_ptr<CALayer>& layer() const noexcept { return layer_; }
     void setLayer(std::shared_ptr<CALayer> layer);
     [[nodiscard]] virtual std::shared_ptr<CALayer> makeBackingLayer();
-    [[nodiscard]] CGFloat alphaValue() const noexcept { return alpha_; }
+    /// The opacity of the layer, whoever set it.
+    [[nodiscard]] CGFloat alphaValue() const noexcept;
     virtual void setAlphaValue(CGFloat alpha);
     /// The layer's shadow; null takes it off.
     [[nodiscard]] const std::shared_ptr<NSShadow>& shadow() const noexcept { return shadow_; }

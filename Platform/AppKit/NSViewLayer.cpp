@@ -75,6 +75,8 @@ void NSView::setLayer(std::shared_ptr<CALayer> layer) {
 
 void NSView::setWantsLayer(bool wants) { wantsLayer_ = wants; }
 
+CGFloat NSView::alphaValue() const noexcept { return layer_ ? layer_->opacity() : alpha_; }
+
 void NSView::setAlphaValue(CGFloat alpha) {
     alpha_ = std::clamp(alpha, 0.0, 1.0);
     if (layer_) layer_->setOpacity(alpha_);

@@ -178,6 +178,7 @@ TEST_F(NSViewTest, HidingLeavesTheOpacityOfTheLayer) {
     content->setHidden(true);
     content->setHidden(false);
     EXPECT_EQ(content->layer()->opacity(), 0.25);
+    EXPECT_EQ(content->alphaValue(), 0.25);
 }
 
 TEST_F(NSViewTest, PostsFrameAndBoundsChangesByTheirSwitches) {
