@@ -63,7 +63,7 @@ class ZQ_EXPORT NSImage final : public NSObject {
     /// Without forms.
     [[nodiscard]] static std::shared_ptr<NSImage> make(CGSize size = {});
     /// One form of the image's pixels. A size without area means one point a pixel.
-    [[nodiscard]] static std::shared_ptr<NSImage> make(std::shared_ptr<const CGImage> image,
+    [[nodiscard]] static std::shared_ptr<NSImage> make(const std::shared_ptr<const CGImage>& image,
                                                        CGSize size = {});
     /// From a file's bytes.
     [[nodiscard]] static std::shared_ptr<NSImage> make(const Data& data);

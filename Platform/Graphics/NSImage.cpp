@@ -33,8 +33,8 @@ double scaleOf(const NSImageRep& form) {
 
 std::shared_ptr<NSImage> NSImage::make(CGSize size) { return makeObject<NSImage>(size); }
 
-std::shared_ptr<NSImage> NSImage::make(std::shared_ptr<const CGImage> image, CGSize size) {
-    auto bitmap = NSBitmapImageRep::make(std::move(image));
+std::shared_ptr<NSImage> NSImage::make(const std::shared_ptr<const CGImage>& image, CGSize size) {
+    auto bitmap = NSBitmapImageRep::make(image);
     if (!bitmap) return nullptr;
     if (hasArea(size)) bitmap->setSize(size);
     auto made = make(bitmap->size());
