@@ -161,11 +161,11 @@ struct JSONCoder<std::vector<T>> : jsondetail::ForwardNested<T> {
             writer.element();
             if constexpr (jsondetail::MayBeAbsent<T>) {
                 if (JSONCoder<T>::isAbsent(element)) {
-                    // An element can't be left out: it stands as the platform's encoder leaves one in which
-                    // nothing was written. Its coder may have something to tell.
-                    JSONCoder<T>::encode(writer, element);
-                    if (writer.beginObject()) writer.endObject();
-                    continue;
+                    if constexpr (requires { JSONCoder<T>::encodeAbsent(writer); }) {
+                        JSONCoder<T>::encodeAbsent(writer);
+                        continue;
+                    }
+                    writer.fail("an absent element");
                 }
             }
             JSONCoder<T>::encode(writer, element);

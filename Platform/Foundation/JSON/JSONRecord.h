@@ -21,6 +21,8 @@ namespace zqcore::platform {
 ///   static void encode(JSONWriter&, const T&);
 ///   static bool isAbsent(const T&);                 // optional: then the field may be missing or null when
 ///                                                   // read, and is left out when absent
+///   static void encodeAbsent(JSONWriter&);          // optional: what stands for an absent one in an array,
+///                                                   // where it is a failure otherwise
 ///   static std::string typeText();                  // "string", "array of integer"; for listings
 template <class T>
 struct JSONCoder;

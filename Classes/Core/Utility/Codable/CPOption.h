@@ -71,6 +71,12 @@ struct JSONCoder<CPOption<Coder>> {
         if (!value.wrappedValue) return optiondetail::logEmptyEncode(fullTypeName<CPOption<Coder>>());
         Coder::optionEncode(writer, *value.wrappedValue);
     }
+    /// Among the elements of an array, where it can't be left out: what the platform's encoder makes of an
+    /// element that writes nothing.
+    static void encodeAbsent(JSONWriter& writer) {
+        optiondetail::logEmptyEncode(fullTypeName<CPOption<Coder>>());
+        if (writer.beginObject()) writer.endObject();
+    }
     static std::string typeText() { return JSONCoder<typename Coder::OptionValueType>::typeText(); }
 };
 

@@ -139,8 +139,7 @@ TEST(JSONWriterTest, AFailureNamesItsField) {
     holder.list[1]->number = std::numeric_limits<double>::quiet_NaN();
     EXPECT_EQ(JSONEncoder{}.encode(holder).error().path, "list[1].number");
     holder.list[1] = nullptr;
-    EXPECT_EQ(JSONEncoder{}.encode(holder)->view(), R"({"list":[{"list":[]},{}]})")
-        << "an element can't be left out";
+    EXPECT_EQ(JSONEncoder{}.encode(holder).error().path, "list[1]");
     EXPECT_FALSE(JSONEncoder{}.encode(std::shared_ptr<Holder>()).has_value()) << "nothing at the top level";
     EXPECT_FALSE(JSONEncoder{}.encode(std::optional<double>()).has_value());
 }
