@@ -10,14 +10,6 @@ namespace {
 
 constexpr std::string_view kRequestSelector = "request:";
 
-using Outcome = std::expected<ScriptingBus::Answer, NSError>;
-
-[[nodiscard]] std::optional<std::string> resultOf(Outcome outcome, SBApplicationDelegate* delegate) {
-    if (outcome) return *std::move(outcome);
-    if (delegate) delegate->eventDidFail(kRequestSelector, outcome.error());
-    return std::nullopt;
-}
-
 }  // namespace
 
 std::shared_ptr<SBApplication> SBApplication::make(std::string bundleIdentifier) {
@@ -26,11 +18,6 @@ std::shared_ptr<SBApplication> SBApplication::make(std::string bundleIdentifier)
     if (!ScriptingBus::current().nameHasOwner(bundleIdentifier) &&
         !NSWorkspace::shared().URLForApplicationWithBundleIdentifier(bundleIdentifier))
         return nullptr;
-    return std::shared_ptr<SBApplication>(new SBApplication(std::move(bundleIdentifier)));
-}
-
-std::shared_ptr<SBApplication> SBApplication::makeIfAtHand(std::string bundleIdentifier) {
-    if (!ScriptingBus::current().isAtHand(bundleIdentifier)) return nullptr;
     return std::shared_ptr<SBApplication>(new SBApplication(std::move(bundleIdentifier)));
 }
 
@@ -55,15 +42,10 @@ bool SBApplication::respondsToSelector(std::string_view selector) const {
 }
 
 std::optional<std::string> SBApplication::request(std::string_view text) {
-    return resultOf(ScriptingBus::current().request(identifier_, text), delegate().get());
-}
-
-bool SBApplication::requestIfAtHand(std::string_view text, Completion completion) {
-    return ScriptingBus::current().sendIfAtHand(
-        identifier_, text,
-        [delegate = std::weak_ptr(delegate()), completion = std::move(completion)](Outcome outcome) {
-            completion(resultOf(std::move(outcome), delegate.lock().get()));
-        });
+    auto answer = ScriptingBus::current().request(identifier_, text);
+    if (answer) return *std::move(answer);
+    if (const auto heard = delegate()) heard->eventDidFail(kRequestSelector, answer.error());
+    return std::nullopt;
 }
 
 }  // namespace zqcore::platform

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -16,8 +15,7 @@ namespace zqcore::platform {
 class ZQ_EXPORT SBApplicationDelegate {
   public:
     virtual ~SBApplicationDelegate() = default;
-    /// The command `event` failed. Called inside the call that sent it, on its thread; for one that didn't
-    /// wait, just before its completion.
+    /// The command `event` failed. Called inside the call that sent it, on its thread.
     virtual void eventDidFail(std::string_view event, const NSError& error) = 0;
 };
 
@@ -30,10 +28,6 @@ class ZQ_EXPORT SBApplication final {
     /// The application with that bundle identifier, null pointer if none is installed: nobody serves the
     /// identifier, the bus can't start it, and no desktop entry names it. Starts nothing.
     [[nodiscard]] static std::shared_ptr<SBApplication> make(std::string bundleIdentifier);
-
-    /// The same without a question to anyone, so without waiting; null pointer also if it would take one to
-    /// know that the application runs and has the command.
-    [[nodiscard]] static std::shared_ptr<SBApplication> makeIfAtHand(std::string bundleIdentifier);
 
     [[nodiscard]] std::shared_ptr<SBApplicationDelegate> delegate() const;
     void setDelegate(std::weak_ptr<SBApplicationDelegate> delegate);
@@ -49,12 +43,6 @@ class ZQ_EXPORT SBApplication final {
     /// Sends `request:` with `text` and waits for its result, two minutes at most. Absent if the command
     /// ended without one, and after a failed event.
     [[nodiscard]] std::optional<std::string> request(std::string_view text);
-    /// Takes what `request` gives.
-    using Completion = std::function<void(std::optional<std::string>)>;
-    /// The same for a brief text to a target that is at hand, without any waiting: `completion` takes the
-    /// result once, later, on a thread that has time for brief work, or on the main thread between two
-    /// blocks. Gives false, and calls nothing, if it would have to wait.
-    [[nodiscard]] bool requestIfAtHand(std::string_view text, Completion completion);
     /// The object itself.
     [[nodiscard]] const SBApplication& get() const noexcept { return *this; }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <expected>
 #include <functional>
 #include <memory>
@@ -29,8 +28,8 @@ enum class ScriptingServeStatus { serving, invalidIdentifier, nameTaken, noBus }
 /// What carries commands and notifications between the processes of one user. The real one is the D-Bus
 /// session bus: a bundle identifier is a bus name; the object's path is the identifier with dots as slashes
 /// and every other foreign character as `_`; its one interface "com.tessara.ZQCore.Scripting" has `request(s)
-/// → s`, which any bus tool can call, and `exchange(v) → v`, the same with the text as a string or, from 64
-/// KiB up, as a sealed memory file. A command that ends without a result is answered with the error
+/// → s`, which any bus tool can call, and `exchange(v) → v`, the same with the text as bytes or, from 64 KiB
+/// up, as a sealed memory file. A command that ends without a result is answered with the error
 /// "com.tessara.ZQCore.Scripting.Error.NoResult".
 /// Security: the session bus takes connections of its own user only; beside that, a command from a process of
 /// another user is refused here, by the user number that the bus tells. What arrives is checked: texts are
@@ -48,12 +47,7 @@ class ZQ_EXPORT ScriptingBus {
     using Reply = std::move_only_function<void(Answer)>;
     /// Takes a command's text. Called on a thread of the bus, so it only hands on.
     using CommandHandler = std::function<void(std::string text, Reply reply)>;
-    /// Takes the outcome of a command that was sent, on a thread that has time for it.
-    using Finish = std::function<void(std::expected<Answer, NSError>)>;
     using NotificationHandler = std::function<void(const NSDistributedNotification&)>;
-
-    /// Up to this length a text costs microseconds, which any thread has.
-    static constexpr std::size_t kBriefText = std::size_t{16} * 1024;
 
     virtual ~ScriptingBus() = default;
 
@@ -75,14 +69,6 @@ class ZQ_EXPORT ScriptingBus {
     /// Sends the command `request:` and waits for its answer.
     [[nodiscard]] virtual std::expected<Answer, NSError> request(const std::string& identifier,
                                                                  std::string_view text) = 0;
-
-    /// Whether a brief `request:` can go out at once, as far as that is known without asking anyone: the
-    /// process runs, has the command, and not too many are under way. Never waits.
-    [[nodiscard]] virtual bool isAtHand(const std::string&) { return false; }
-    /// Sends the command `request:` if that can be done at once, and calls `finish` with its answer, once, on
-    /// another thread or on the main thread between two blocks. Else it gives false and calls nothing. Never
-    /// waits.
-    [[nodiscard]] virtual bool sendIfAtHand(const std::string&, std::string_view, Finish) { return false; }
 
     /// Claims `identifier` and hands every `request:` to `handler` from then on. A second call for the same
     /// identifier replaces the handler.

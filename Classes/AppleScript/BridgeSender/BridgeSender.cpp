@@ -11,8 +11,6 @@
 #include "Classes/AppleScript/RequestCommand/ASAnswerVerdict.h"
 #include "Classes/Log/Log/ZQLog.h"
 #include "Platform/Dispatch/DispatchQueue.h"
-#include "Platform/Foundation/JSON/JSONLengthLimit.h"
-#include "Platform/Scripting/ScriptingBus.h"
 
 namespace zqcore {
 namespace {
@@ -21,61 +19,30 @@ using Status = BridgeSender::Status;
 
 constexpr long kNotPermitted = -1743;
 
-/// One request on its way. Its texts and its delegate belong to the thread that has it in hand: the sending
-/// one, then the one that takes the answer.
+/// One request on its way.
 class BridgeCall final : public std::enable_shared_from_this<BridgeCall> {
   public:
     BridgeCall(std::string appId, ASRequestCarrier request, std::function<void(Status)> completion)
-        : appId_(std::move(appId)), request_(std::move(request)), reported_(std::move(completion)) {}
+        : appId_(std::move(appId)), request_(std::move(request)), completion_(std::move(completion)) {}
 
-    /// Sends at once if nothing has to be asked, started or written at length before; never waits. Gives
-    /// false, and has done nothing, if it is work for another thread.
-    [[nodiscard]] bool sendAtOnce() {
-        const auto application = SBApplication::makeIfAtHand(appId_);
-        if (!application) return false;
-        {
-            const JSONLengthLimit limit(ScriptingBus::kBriefText);
-            requestString_ = request_.encode();
-            if (!requestString_ && limit.exceeded()) return false;
-        }
-        if (!requestString_) {
-            callback(Status::encodeRequestFail);
-            return true;
-        }
-        listenTo(*application);
-        const auto answered = [self = shared_from_this()](auto result) { self->take(std::move(result)); };
-        if (application->requestIfAtHand(*requestString_, answered)) return true;
-        // It may have gone meanwhile; what is told of that then has no text yet.
-        requestString_.reset();
-        return false;
-    }
-
-    /// The whole way; blocks for what has to be asked.
     void run() {
         const auto application = SBApplication::make(appId_);
         if (!application) return callback(Status::notInstalled);
-        listenTo(*application);
+        const auto delegate = makeObject<BridgeDelegateHandler>();
+        delegate->eventDidFailClosure = [this](const NSError& error) { eventDidFail(error); };
+        application->setDelegate(delegate);
+
         requestString_ = request_.encode();
         if (!requestString_) return callback(Status::encodeRequestFail);
         if (!application->isRunning()) application->activate();
         if (!application->respondsToSelector("request:")) return callback(Status::notSupportRequest);
-        take(application->request(*requestString_));
-    }
-
-  private:
-    void listenTo(SBApplication& application) {
-        delegate_ = makeObject<BridgeDelegateHandler>();
-        delegate_->eventDidFailClosure = [this](const NSError& error) { eventDidFail(error); };
-        application.setDelegate(delegate_);
-    }
-
-    void take(std::optional<std::string> result) {
-        responseString_ = std::move(result);
+        responseString_ = application->request(*requestString_);
         // Also after a failed event, whose own status has been reported by then and stands.
         if (!responseString_) return callback(Status::notSupportRequest);
         callback(judge(*responseString_));
     }
 
+  private:
     void eventDidFail(const NSError& error) {
         ZQLogError([&] { return "调用 app 报错：error=" + error.description(); });
         callback(error.code() == kNotPermitted ? Status::appleScriptPermission : Status::fail);
@@ -99,16 +66,15 @@ class BridgeCall final : public std::enable_shared_from_this<BridgeCall> {
         DispatchQueue::main()->async([self = shared_from_this(), status] {
             // Only ever touched on the main queue.
             if (std::exchange(self->called_, true)) return;
-            std::exchange(self->reported_, nullptr)(status);
+            std::exchange(self->completion_, nullptr)(status);
         });
     }
 
     const std::string appId_;
     const ASRequestCarrier request_;
-    std::shared_ptr<BridgeDelegateHandler> delegate_;
     std::optional<std::string> requestString_;
     std::optional<std::string> responseString_;
-    std::function<void(Status)> reported_;
+    std::function<void(Status)> completion_;
     bool called_ = false;
 };
 
@@ -117,7 +83,6 @@ class BridgeCall final : public std::enable_shared_from_this<BridgeCall> {
 void BridgeSender::send(ASRequestCarrier request, std::function<void(Status)> completion) const {
     request.prepare();
     auto call = std::make_shared<BridgeCall>(appId_, std::move(request), std::move(completion));
-    if (call->sendAtOnce()) return;
     DispatchQueue::global(DispatchQoS::userInitiated)->async([call = std::move(call)] { call->run(); });
 }
 

@@ -13,12 +13,10 @@
 namespace zqcore {
 
 /// Carries a typed request straight to another application's command `request:` and brings the response back.
-/// Time: a target answers within 60 seconds; the call itself gives up after 120. Threads: `request` from any.
-/// A brief request to a target that is known is written at once, on the calling thread, and its answer is
-/// decoded on the thread that reads it, be it the main one between two blocks; every other one takes a thread
-/// of the global user-initiated queue for the length of its call. So requests don't wait for each other.
-/// Lifetime: a sender may go as soon as it has been called; the request lives until its completion. Failure:
-/// one `Status`, and an info line for every outcome; nothing is retried.
+/// Time: a target answers within 60 seconds; the call itself gives up after 120. Threads: `request` from any;
+/// each request takes a thread of the global user-initiated queue for the length of its call, so requests
+/// don't wait for each other. Lifetime: a sender may go as soon as it has been called; the request lives
+/// until its completion. Failure: one `Status`, and an info line for every outcome; nothing is retried.
 ///
 ///     BridgeSender("com.tessara.orbel").request(CommonInfoRequest::make(), [](auto status, const auto& info)
 ///     {

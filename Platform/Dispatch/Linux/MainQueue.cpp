@@ -25,18 +25,22 @@ MainQueue& MainQueue::shared() {
     return queue;
 }
 
-void MainQueue::setReadable() noexcept {
-    if (std::exchange(readable_, true)) return;
+template <typename Change>
+void MainQueue::change(const Change& change) {
+    bool wasSilent = false;
+    {
+        const std::lock_guard lock(mutex_);
+        change();
+        wasSilent = !std::exchange(readable_, true);
+    }
+    // Not under the lock: the main thread wakes on another processor meanwhile, and would only meet it.
+    if (!wasSilent) return;
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = write(descriptor_, &one, sizeof one);
 }
 
 void MainQueue::async(DispatchBlock block) {
-    {
-        const std::lock_guard lock(mutex_);
-        incoming_.push_back(std::move(block));
-        setReadable();
-    }
+    change([&] { incoming_.push_back(std::move(block)); });
     WorkerPool::shared().pokeObservers();
 }
 
@@ -57,16 +61,11 @@ void MainQueue::sync(const std::function<void()>& block) {
 }
 
 void MainQueue::wake() noexcept {
-    const std::lock_guard lock(mutex_);
-    setReadable();
+    change([] {});
 }
 
 void MainQueue::requestTurn() {
-    {
-        const std::lock_guard lock(mutex_);
-        turnRequested_ = true;
-        setReadable();
-    }
+    change([this] { turnRequested_ = true; });
     WorkerPool::shared().pokeObservers();
 }
 
@@ -100,7 +99,9 @@ bool MainQueue::drain() noexcept {
     if (turnHandlers_[1]) turnHandlers_[1]();
     const std::lock_guard lock(mutex_);
     batchWaits_ = false;
-    if (incoming_.empty() && !turnRequested_ && std::exchange(readable_, false)) {
+    // Who made it readable may get to write that only after what it announced has run; the drain that finds
+    // nothing takes it back then.
+    if (incoming_.empty() && !turnRequested_ && (std::exchange(readable_, false) || !ran)) {
         std::uint64_t count = 0;
         [[maybe_unused]] const ssize_t got = read(descriptor_, &count, sizeof count);
     }

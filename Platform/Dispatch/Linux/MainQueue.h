@@ -44,7 +44,9 @@ class MainQueue final : public DispatchQueue {
     MainQueue();
 
   private:
-    void setReadable() noexcept;
+    /// Makes a change under the lock, then the descriptor readable.
+    template <typename Change>
+    void change(const Change& change);
 
     const std::string label_{kLabel};
     const int descriptor_;

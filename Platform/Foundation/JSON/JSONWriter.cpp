@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstring>
 
-#include "Platform/Foundation/JSON/JSONLengthLimit.h"
 #include "Platform/Foundation/JSON/JSONNumber.h"
 #include "Platform/Foundation/JSON/TextScan.h"
 #include "Platform/Foundation/Text/Utf8.h"
@@ -71,15 +70,7 @@ std::size_t escapeGrowth(std::string_view text) {
 
 }  // namespace
 
-thread_local constinit JSONLengthLimit* JSONLengthLimit::current_ = nullptr;
-
 void JSONWriter::grow(std::size_t count) {
-    if (JSONLengthLimit::refuses(used_ + count)) [[unlikely]] {
-        fail("longer than the limit");
-        // What is left is not wanted any more, so the room that there is serves again.
-        used_ = 0;
-        if (count <= buffer_.size()) return;
-    }
     // By a part of what is there, so that a text of many short pieces isn't moved for each few of them; a
     // long piece gets what it asked for.
     const std::size_t wanted = std::max({kFirstRoom, used_ + count, buffer_.size() + buffer_.size() / 2});
@@ -144,8 +135,6 @@ void JSONWriter::string(std::string_view value) {
 }
 
 void JSONWriter::escaped(std::string_view text) {
-    if (text.size() > kShortText && JSONLengthLimit::refuses(text.size())) [[unlikely]]
-        return fail("longer than the limit");
     const std::size_t growth = text.size() <= kShortText ? 0 : escapeGrowth(text);
     const char* at = text.data();
     const char* end = at + text.size();

@@ -9,7 +9,6 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <iterator>
 #include <limits>
 #include <string>
 #include <utility>
@@ -64,8 +63,6 @@ void silence(const FileDescriptor& bell) {
 std::chrono::microseconds callLimit() noexcept { return limitInForce; }
 void setCallLimitForTesting(std::chrono::microseconds limit) noexcept { limitInForce = limit; }
 
-thread_local constinit bool BusConnection::readsHere_ = false;
-
 BusConnection::BusConnection(Owner& owner)
     : owner_(owner),
       poller_(::epoll_create1(EPOLL_CLOEXEC)),
@@ -119,7 +116,6 @@ void BusConnection::startThread() {
 }
 
 void BusConnection::pump() {
-    readsHere_ = true;
     Lock lock(mutex_);
     for (;;) {
         if (bus_ && !leader_) processArrived();
@@ -168,17 +164,13 @@ void BusConnection::join(int epoll) noexcept {
 }
 
 void BusConnection::ready() noexcept {
-    const bool outer = std::exchange(readsHere_, true);
-    {
-        Lock lock(mutex_);
-        if (bus_ && !leader_) {
-            // What is left wakes it again, after what else it has to do.
-            processArrived(kMostInATurn);
-            rouse();
-        }
-        deliver(lock);
+    Lock lock(mutex_);
+    if (bus_ && !leader_) {
+        // What is left wakes it again, after what else it has to do.
+        processArrived(kMostInATurn);
+        rouse();
     }
-    readsHere_ = outer;
+    deliver(lock);
 }
 
 void BusConnection::processArrived(int most) {
@@ -195,8 +187,6 @@ void BusConnection::close(int reason) {
     // sd-bus has answered its pending calls by now; whatever it forgot must not wait for ever.
     for (Pending* pending : std::exchange(pending_, {}))
         settle(*pending, std::unexpected(scriptingErrorForErrno(reason, "the bus went away")));
-    while (!sent_.empty())
-        finished(sent_.front(), std::unexpected(scriptingErrorForErrno(reason, "the bus went away")));
     bus_.reset();
     defer([this] { owner_.lost(); });
 }
@@ -229,26 +219,13 @@ void BusConnection::settle(Pending& pending, Outcome result) {
     pending.changed.notify_one();
 }
 
-int BusConnection::onSentAnswer(sd_bus_message* message, void* pointer, sd_bus_error*) {
-    auto& sent = *static_cast<Sent*>(pointer);
-    sent.connection.finished(sent, outcome(message, sent.read));
-    return 1;
-}
-
-void BusConnection::finished(Sent& sent, Outcome result) {
-    sent.result = std::move(result);
-    sent.slot.reset();
-    finished_.splice(finished_.end(), sent_, sent.self);
-}
-
-int BusConnection::sendCall(const Build& build, sd_bus_message_handler_t answered, void* data,
-                            SdSlotHandle& slot) {
+int BusConnection::sendCall(const Build& build, Pending& pending, SdSlotHandle& slot) {
     sd_bus_message* raw = nullptr;
     const int made = build(bus_.get(), &raw);
     const SdMessageHandle message(raw);
     if (made < 0) return made;
     sd_bus_slot* rawSlot = nullptr;
-    const int sent = sd_bus_call_async(bus_.get(), &rawSlot, raw, answered, data,
+    const int sent = sd_bus_call_async(bus_.get(), &rawSlot, raw, &onAnswer, &pending,
                                        static_cast<std::uint64_t>(callLimit().count()));
     slot.reset(rawSlot);
     return sent;
@@ -259,23 +236,11 @@ BusConnection::Outcome BusConnection::call(const Build& build, const Read& read)
     if (access.failure() < 0) return std::unexpected(scriptingErrorForErrno(access.failure(), "no bus"));
     Pending pending{.connection = *this, .read = read};
     SdSlotHandle slot;
-    const int failure = sendCall(build, &onAnswer, &pending, slot);
+    const int failure = sendCall(build, pending, slot);
     if (failure < 0) return std::unexpected(scriptingErrorForErrno(failure, "the call can't be sent"));
     pending_.push_back(&pending);
     waitForAnswer(pending, access.lock_);
     return std::move(pending.result);
-}
-
-void BusConnection::send(Access& access, const Build& build, Read read, Finish finish) {
-    Sent& sent = sent_.emplace_back(*this, std::move(read), std::move(finish));
-    sent.self = std::prev(sent_.end());
-    if (!bus_) {
-        const int failure = access.failure() < 0 ? access.failure() : -ENOTCONN;
-        return finished(sent, std::unexpected(scriptingErrorForErrno(failure, "no bus")));
-    }
-    const int failure = sendCall(build, &onSentAnswer, &sent, sent.slot);
-    if (failure < 0)
-        finished(sent, std::unexpected(scriptingErrorForErrno(failure, "the call can't be sent")));
 }
 
 void BusConnection::waitForAnswer(Pending& pending, Lock& lock) {
@@ -340,37 +305,21 @@ void BusConnection::defer(Work work, Weight weight) {
 
 void BusConnection::deliver(Lock& lock) {
     // One thread at a time, so that the order of arrival is kept.
-    if (!delivering_) {
-        delivering_ = true;
-        while (!deferred_.empty()) {
-            if (heavy_ && isMainThread()) {
-                ring(threadWake_);
-                break;
-            }
-            heavy_ = false;
-            auto batch = std::exchange(deferred_, {});
-            lock.unlock();
-            for (Work& work : batch) work();
-            batch.clear();
-            lock.lock();
+    if (delivering_) return;
+    delivering_ = true;
+    while (!deferred_.empty()) {
+        if (heavy_ && isMainThread()) {
+            ring(threadWake_);
+            break;
         }
-        delivering_ = false;
-    }
-    runFinished(lock);
-}
-
-// Answers have no order among each other, and what follows one may itself wait for the bus.
-void BusConnection::runFinished(Lock& lock) {
-    const bool free = std::exchange(readsHere_, false);
-    while (!finished_.empty()) {
-        std::list<Sent> batch;
-        batch.swap(finished_);
+        heavy_ = false;
+        auto batch = std::exchange(deferred_, {});
         lock.unlock();
-        for (Sent& sent : batch) sent.finish(std::move(sent.result), free);
+        for (Work& work : batch) work();
         batch.clear();
         lock.lock();
     }
-    readsHere_ = free;
+    delivering_ = false;
 }
 
 }  // namespace zqcore::platform

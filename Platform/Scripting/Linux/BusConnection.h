@@ -2,12 +2,10 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <functional>
 #include <limits>
-#include <list>
 #include <mutex>
 #include <vector>
 
@@ -54,9 +52,6 @@ class BusConnection final : private MainLoopGuest {
     using Read = std::function<int(sd_bus_message*)>;
 
     using Outcome = std::expected<void, NSError>;
-    /// Takes the outcome of a call that nobody waits for. `free` tells that the thread reads the socket and
-    /// has nothing else on its stack that could wait for what it runs now: only then may it go on at once.
-    using Finish = std::move_only_function<void(Outcome, bool free)>;
 
     explicit BusConnection(Owner& owner);
     ~BusConnection() = delete;
@@ -89,16 +84,6 @@ class BusConnection final : private MainLoopGuest {
     /// on another thread, so it only copies).
     [[nodiscard]] Outcome call(const Build& build, const Read& read);
 
-    /// How many calls may be under way that nobody waits for. A bus may refuse more than 128 unanswered calls
-    /// of one connection, and 64 workers may have one each.
-    static constexpr std::size_t kMostSent = 32;
-    /// Whether one more may be sent. Only under the lock.
-    [[nodiscard]] bool hasRoom() const noexcept { return sent_.size() < kMostSent; }
-    /// The same as `call` without waiting, where there is a bus and room: `finish` runs once, without the
-    /// lock, on the thread that reads the answer or, if the message can't be sent, on this one at the end of
-    /// `access`.
-    void send(Access& access, const Build& build, Read read, Finish finish);
-
     enum class Weight { light, heavy };
     /// Puts work behind the lock: it runs soon, in order, one piece at a time, without the lock; heavy work,
     /// and what stands behind it, never on the main thread. Only under the lock.
@@ -114,15 +99,6 @@ class BusConnection final : private MainLoopGuest {
         Outcome result;
         std::condition_variable changed{};
     };
-    /// A call that nobody waits for.
-    struct Sent {
-        BusConnection& connection;
-        Read read;
-        Finish finish;
-        Outcome result{};
-        SdSlotHandle slot{};
-        std::list<Sent>::iterator self{};
-    };
     /// What a sleeping reader waits for.
     struct Sleep {
         bool asleep = false;
@@ -135,8 +111,7 @@ class BusConnection final : private MainLoopGuest {
     void pump();
     void processArrived(int most = std::numeric_limits<int>::max());
     void close(int reason);
-    [[nodiscard]] int sendCall(const Build& build, sd_bus_message_handler_t answered, void* data,
-                               SdSlotHandle& slot);
+    [[nodiscard]] int sendCall(const Build& build, Pending& pending, SdSlotHandle& slot);
     void settle(Pending& pending, Outcome result);
     void lead(Pending& pending, Lock& lock);
     void waitForAnswer(Pending& pending, Lock& lock);
@@ -144,11 +119,8 @@ class BusConnection final : private MainLoopGuest {
     void watchBus(short events);
     void rouse();
     void deliver(Lock& lock);
-    void runFinished(Lock& lock);
-    void finished(Sent& sent, Outcome result);
     [[nodiscard]] static Outcome outcome(sd_bus_message* message, const Read& read);
     static int onAnswer(sd_bus_message* message, void* pending, sd_bus_error*);
-    static int onSentAnswer(sd_bus_message* message, void* sent, sd_bus_error*);
 
     void join(int epoll) noexcept override;
     void ready() noexcept override;
@@ -173,11 +145,6 @@ class BusConnection final : private MainLoopGuest {
     std::vector<Pending*> pending_;
     std::vector<Pending*> waiting_;
     std::vector<Work> deferred_;
-    std::list<Sent> sent_;
-    std::list<Sent> finished_;
-
-    /// Whether the calling thread reads the socket, with nothing of anyone else's on its stack.
-    static thread_local constinit bool readsHere_;
 };
 
 }  // namespace zqcore::platform

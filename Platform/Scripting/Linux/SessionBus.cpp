@@ -272,44 +272,6 @@ bool SessionBus::knowsRequestCommand(const std::string& identifier) {
     return commands.error().code() != kErrorNotHandled;
 }
 
-/// The command `request:` as one message, while its texts last.
-class SessionBus::Command final {
-  public:
-    Command(const std::string& identifier, ScriptingCommands commands, std::string_view text)
-        : identifier_(identifier),
-          path_(objectPathForIdentifier(identifier)),
-          exchange_(commands.exchange),
-          file_(exchange_ && text.size() >= kSealedTextThreshold ? makeSealedText(text) : FileDescriptor()),
-          text_(text) {}
-
-    [[nodiscard]] int build(sd_bus* bus, sd_bus_message** message) const {
-        const int made =
-            sd_bus_message_new_method_call(bus, message, identifier_.c_str(), path_.c_str(),
-                                           kScriptingInterface, exchange_ ? "exchange" : "request");
-        return made < 0 ? made : putCarriedText(*message, exchange_, text_, file_);
-    }
-
-    /// What came back, `carried` being what was read of it. Not under the lock: a file may be large.
-    [[nodiscard]] static std::expected<Answer, NSError> answer(BusConnection::Outcome outcome,
-                                                               CarriedText carried) {
-        if (!outcome) {
-            if (outcome.error().localizedDescription().starts_with(kNoResultErrorName)) return std::nullopt;
-            return std::unexpected(std::move(outcome.error()));
-        }
-        if (!carried.file) return std::move(carried.text);
-        auto sealed = readSealedText(carried.file);
-        if (!sealed) return std::unexpected(makeScriptingError(kErrorBadParameter, sealed.error()));
-        return *std::move(sealed);
-    }
-
-  private:
-    const std::string& identifier_;
-    std::string path_;
-    bool exchange_;
-    FileDescriptor file_;
-    std::string_view text_;
-};
-
 std::expected<ScriptingBus::Answer, NSError> SessionBus::request(const std::string& identifier,
                                                                  std::string_view text) {
     if (!isBusName(identifier))
@@ -324,50 +286,27 @@ std::expected<ScriptingBus::Answer, NSError> SessionBus::request(const std::stri
     }
     if (!commands->request && !commands->exchange)
         return std::unexpected(makeScriptingError(kErrorNotHandled, "no such command: request"));
-    const Command command(identifier, *commands, text);
-    CarriedText carried;
-    auto outcome =
-        connection_.call([&](sd_bus* bus, sd_bus_message** message) { return command.build(bus, message); },
-                         [&](sd_bus_message* message) { return takeCarriedText(message, carried); });
-    return Command::answer(std::move(outcome), std::move(carried));
-}
 
-std::optional<ScriptingCommands> SessionBus::commandsAtHand(const std::string& identifier) const {
-    const auto peer = peers_.find(identifier);
-    if (peer == peers_.end() || peer->second.owner.empty() || !peer->second.commands) return std::nullopt;
-    const ScriptingCommands commands = *peer->second.commands;
-    return commands.request || commands.exchange ? std::optional(commands) : std::nullopt;
-}
-
-bool SessionBus::isAtHand(const std::string& identifier) {
-    BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
-    access.takeInArrived();
-    return access.bus() && connection_.hasRoom() && commandsAtHand(identifier);
-}
-
-bool SessionBus::sendIfAtHand(const std::string& identifier, std::string_view text, Finish finish) {
-    if (text.size() > kBriefText || !isSendableText(text)) return false;
-    auto carried = std::make_shared<CarriedText>();
-    BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
-    if (!access.bus() || !connection_.hasRoom()) return false;
-    const auto commands = commandsAtHand(identifier);
-    if (!commands) return false;
-    const Command command(identifier, *commands, text);
-    connection_.send(
-        access, [&](sd_bus* bus, sd_bus_message** message) { return command.build(bus, message); },
-        [carried](sd_bus_message* message) { return takeCarriedText(message, *carried); },
-        [carried, finish = std::move(finish)](BusConnection::Outcome outcome, bool free) mutable {
-            // What is brief goes on where the answer was read, be it the main thread. The rest must hold up
-            // neither that nor the socket.
-            const bool brief = !carried->file && carried->text.size() <= kBriefText;
-            auto go = [carried = std::move(carried), finish = std::move(finish),
-                       outcome = std::move(outcome)]() mutable {
-                finish(Command::answer(std::move(outcome), std::move(*carried)));
-            };
-            if (brief && free) return go();
-            DispatchQueue::global(DispatchQoS::userInitiated)->async(std::move(go));
-        });
-    return true;
+    FileDescriptor file;
+    if (commands->exchange && text.size() >= kSealedTextThreshold) file = makeSealedText(text);
+    const std::string path = objectPathForIdentifier(identifier);
+    CarriedText answer;
+    auto done = connection_.call(
+        [&](sd_bus* bus, sd_bus_message** message) {
+            const int made = sd_bus_message_new_method_call(bus, message, identifier.c_str(), path.c_str(),
+                                                            kScriptingInterface,
+                                                            commands->exchange ? "exchange" : "request");
+            return made < 0 ? made : putCarriedText(*message, commands->exchange, text, file);
+        },
+        [&](sd_bus_message* message) { return takeCarriedText(message, answer); });
+    if (!done) {
+        if (done.error().localizedDescription().starts_with(kNoResultErrorName)) return std::nullopt;
+        return std::unexpected(std::move(done.error()));
+    }
+    if (!answer.file) return std::move(answer.text);
+    auto sealed = readSealedText(answer.file);
+    if (!sealed) return std::unexpected(makeScriptingError(kErrorBadParameter, sealed.error()));
+    return *std::move(sealed);
 }
 
 }  // namespace zqcore::platform

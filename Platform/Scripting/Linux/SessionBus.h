@@ -30,8 +30,6 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     void start(const std::string& identifier) override;
     bool knowsRequestCommand(const std::string& identifier) override;
     std::expected<Answer, NSError> request(const std::string& identifier, std::string_view text) override;
-    bool isAtHand(const std::string& identifier) override;
-    bool sendIfAtHand(const std::string& identifier, std::string_view text, Finish finish) override;
     ScriptingServeStatus serve(const std::string& identifier, CommandHandler handler) override;
     void stopServing(const std::string& identifier) override;
     void whenGone(std::function<void()> handler) override;
@@ -63,7 +61,6 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
         SdSlotHandle match{};
     };
     class HeldCall;
-    class Command;
     /// What to do with a message once its sender is known to be of this user, or not.
     using Judged = std::move_only_function<void(sd_bus_message*, bool admitted)>;
     struct Sender {
@@ -76,7 +73,6 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     void closing() override;
     void lost() override;
 
-    [[nodiscard]] std::optional<ScriptingCommands> commandsAtHand(const std::string& identifier) const;
     [[nodiscard]] std::expected<ScriptingCommands, NSError> commandsOf(const std::string& identifier);
     [[nodiscard]] std::expected<ScriptingCommands, NSError> askForCommands(const std::string& identifier);
     enum class Failed { counts, startsAnew };

@@ -1,7 +1,6 @@
 #include "Classes/Core/Utility/Codable/JSONTool.h"
 
 #include "Classes/Log/Log/ZQLog.h"
-#include "Platform/Foundation/JSON/JSONLengthLimit.h"
 #include "Platform/Foundation/JSON/NSJSONSerialization.h"
 #include "Platform/Foundation/Text/Utf8.h"
 
@@ -47,7 +46,6 @@ std::optional<Data> JSONTool::encodeModel(const void* model, const JSONTypeInfo&
     const JSONEncoder encoder;
     auto data = encoder.encode(model, type);
     if (data) return *std::move(data);
-    if (JSONLengthLimit::gaveUp()) return std::nullopt;
     logFailure(where, [&] {
         return "encode model 失败: model=" + std::string(type.fullName) + ' ' +
                encoder.describe(model, type) + "; error=" + data.error().description();

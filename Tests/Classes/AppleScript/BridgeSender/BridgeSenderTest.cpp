@@ -10,7 +10,6 @@
 #include "Classes/AppleScript/RequestCommand/CommonRequests.h"
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Dispatch/RunLoop.h"
-#include "Platform/Scripting/SBApplication.h"
 #include "TestKit/FakeScriptingBus.h"
 #include "TestKit/LogCapture.h"
 #include "TestKit/PrivateBus.h"
@@ -205,8 +204,6 @@ class BridgeSenderOnABusTest : public testing::Test {
         return request;
     }
 
-    [[nodiscard]] std::vector<std::string> infoLines() const { return capture.messages(LogCapture::info); }
-
     LogCapture capture;
     PrivateBus bus;
 };
@@ -265,44 +262,6 @@ TEST_F(BridgeSenderOnABusTest, EveryFailureHasItsStatus) {
     const NoBus none;
     bus.stop();
     EXPECT_EQ(send(CommonInfoRequest::make()), Status::notInstalled) << "no bus";
-}
-
-// The first request goes through a worker, which asks who is there; a brief one after that goes out at once.
-TEST_F(BridgeSenderOnABusTest, BothWaysTellTheSame) {
-    ChildProcess plain(plainServer());
-    ASSERT_EQ(plain.readLine(), "serving");
-    const auto request = NumberRequest::make();
-    request->requestValue->client = ASClient::make();
-    const auto send = [&](std::string id, std::optional<double> body, const std::string& target = kTarget) {
-        request->requestValue->requestId = std::move(id);
-        request->requestValue->body = body;
-        capture.clear();
-        return zqcore::send(request, target);
-    };
-    const std::string brief = "error org.freedesktop.DBus.Error.Failed";
-    const std::string known = "answer {}";
-    const std::string lengthy(20'000, 'a');
-    std::vector<LogCapture::Line> lines[2];
-    for (auto& kept : lines) {
-        EXPECT_EQ(send(brief, {}), Status::fail);
-        EXPECT_TRUE(capture.waitFor("[status]: notSupportRequest"));
-        kept = capture.lines();
-        EXPECT_EQ(kept.size(), 3U);
-        EXPECT_TRUE(SBApplication::makeIfAtHand(kTarget)) << "the next one goes out at once";
-    }
-    for (std::size_t i = 0; i < lines[0].size(); ++i) EXPECT_EQ(lines[0][i].message, lines[1][i].message);
-    EXPECT_EQ(send(lengthy, {}), Status::success) << "a long one takes the worker's way, after a try";
-    EXPECT_EQ(capture.messages(LogCapture::error), std::vector<std::string>());
-    for (const auto& id : {known, lengthy}) {
-        EXPECT_EQ(send(id, std::numeric_limits<double>::quiet_NaN()), Status::encodeRequestFail);
-        EXPECT_EQ(capture.messages(LogCapture::error).size(), 1U) << "told once";
-        EXPECT_EQ(infoLines(), std::vector{description("encodeRequestFail", "(nil)", "(nil)")});
-    }
-    plain.kill();
-    // The bus tells it in its own time.
-    while (SBApplication::make(kTarget)) std::this_thread::yield();
-    EXPECT_EQ(send(known, {}), Status::notInstalled);
-    EXPECT_EQ(infoLines(), std::vector{description("notInstalled", "(nil)", "(nil)")});
 }
 
 TEST_F(BridgeSenderOnABusTest, ManyRequestsAtOnce) {
