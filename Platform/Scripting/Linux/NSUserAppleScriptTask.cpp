@@ -7,12 +7,11 @@
 #include <charconv>
 #include <csignal>
 #include <filesystem>
-#include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Dispatch/Linux/WorkerThread.h"
 #include "Platform/Foundation/NSFileManager.h"
 #include "Platform/Foundation/Text/Utf8.h"
 #include "Platform/Scripting/Linux/Subprocess.h"
@@ -164,15 +163,13 @@ void NSUserAppleScriptTask::executeWithAppleEvent(std::shared_ptr<const NSAppleE
     // A script may run as long as it likes, so it has a thread of its own instead of one of the shared
     // queues'. If there is none to be had, the handler must survive the attempt.
     auto handler = std::make_shared<CompletionHandler>(std::move(completionHandler));
-    try {
-        std::thread([path = path_, event = std::move(event), handler] {
-            blockBrokenPipeSignal();
-            report(std::move(*handler), runScript(path, *event));
-        }).detach();
-    } catch (const std::system_error& error) {
-        report(std::move(*handler), std::unexpected(NSError(NSPOSIXErrorDomain, error.code().value(),
-                                                            "The script has no thread.")));
-    }
+    const bool started = startWorkerThread("zq.script", [path = path_, event = std::move(event), handler] {
+        blockBrokenPipeSignal();
+        report(std::move(*handler), runScript(path, *event));
+    });
+    if (!started)
+        report(std::move(*handler),
+               std::unexpected(NSError(NSPOSIXErrorDomain, EAGAIN, "The script has no thread.")));
 }
 
 }  // namespace zqcore::platform

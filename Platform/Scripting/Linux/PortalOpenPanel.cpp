@@ -6,11 +6,10 @@
 
 #include <algorithm>
 #include <memory>
-#include <system_error>
-#include <thread>
 #include <utility>
 
 #include "Platform/Base/Linux/ReleasedBy.h"
+#include "Platform/Dispatch/Linux/WorkerThread.h"
 
 namespace zqcore::platform {
 namespace {
@@ -154,12 +153,8 @@ void PortalOpenPanel::present(const NSOpenPanel& panel, Answer answer) {
         panel.message(), panel.prompt(), panel.directoryURL() ? panel.directoryURL()->path() : "",
         panel.canChooseDirectories() && !panel.canChooseFiles(), panel.allowsMultipleSelection()};
     // A user may take hours, so the panel has a thread of its own. Without one the dropped answer cancels.
-    try {
-        std::thread([settings = std::move(settings), answer = std::move(answer)]() mutable {
-            answer(choose(settings));
-        }).detach();
-    } catch (const std::system_error&) {
-    }
+    (void)startWorkerThread("zq.panel", [settings = std::move(settings),
+                                         answer = std::move(answer)]() mutable { answer(choose(settings)); });
 }
 
 }  // namespace zqcore::platform
