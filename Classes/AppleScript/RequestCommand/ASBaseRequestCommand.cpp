@@ -28,7 +28,10 @@ struct Pending {
         const auto response = makeResponse();
         // The time-out keeps this state for a minute, but not the command.
         const auto ending = std::move(command);
-        ending->resumeExecutionWithResult(response->encodeToJSONString());
+        std::optional<std::string> json;
+        static_cast<void>(
+            guardedCall("RequestCommand response", [&] { json = response->encodeToJSONString(); }));
+        ending->resumeExecutionWithResult(std::move(json));
     }
 };
 
@@ -54,8 +57,8 @@ void serve(const std::shared_ptr<ASBaseRequestCommand>& command, const ASBaseReq
            const std::string& json) {
     auto pending = std::make_shared<Pending>();
     pending->command = command;
-    const auto request = handler.decode(json);
-    if (!request) {
+    std::shared_ptr<ASRequestModel> request;
+    if (!guardedCall("RequestCommand decode", [&] { request = handler.decode(json); }) || !request) {
         pending->answer([] { return errorResponse(ASError::Code::invalidParameter); });
         return;
     }
@@ -144,7 +147,7 @@ void ASBaseRequestCommand::handleBy(const Handler& handler, const std::string& j
     // The text is the command's own parameter as a rule, and then it lives as long and needs no copy.
     std::shared_ptr<const std::string> text(command, &json);
     if (&json != directParameter().asString()) text = std::make_shared<const std::string>(json);
-    queue()->async([command, &handler, text = std::move(text)] { serve(command, handler, *text); });
+    queue()->async([command, handler, text = std::move(text)] { serve(command, handler, *text); });
 }
 
 }  // namespace zqcore

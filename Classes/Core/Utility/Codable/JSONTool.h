@@ -42,6 +42,11 @@ class ZQ_EXPORT JSONTool final {
                                                           const Where& where = Where::current());
     [[nodiscard]] static std::optional<Data> encodeToData(const Value& value,
                                                           const Where& where = Where::current());
+    // An array of generic values is a generic value, not a model that is a list.
+    [[nodiscard]] static std::optional<Data> encodeToData(const Value::Array& value,
+                                                          const Where& where = Where::current()) {
+        return encodeToData(Value(value), where);
+    }
 
     template <JSONCodable T>
     [[nodiscard]] static std::optional<std::string> encodeToString(const T& model,
@@ -53,6 +58,10 @@ class ZQ_EXPORT JSONTool final {
         return textOf(encodeToData(value, where));
     }
     [[nodiscard]] static std::optional<std::string> encodeToString(const Value& value,
+                                                                   const Where& where = Where::current()) {
+        return textOf(encodeToData(value, where));
+    }
+    [[nodiscard]] static std::optional<std::string> encodeToString(const Value::Array& value,
                                                                    const Where& where = Where::current()) {
         return textOf(encodeToData(value, where));
     }

@@ -246,6 +246,46 @@ TEST_F(ASBaseRequestCommandTest, AHandlerThatThrowsOrGivesNothingIsAnInternalErr
     EXPECT_FALSE(answerTo(R"({"path":"info"})")->error) << "the server lives on";
 }
 
+/// Puts an operation of its own in place of a handler's, in a value that ends with the call.
+class PatchingCommand : public TestCommand {
+  public:
+    using TestCommand::TestCommand;
+    static inline bool breaks = false;
+
+  protected:
+    void handleBy(const Handler& handler, const std::string& json) override {
+        Handler patched = handler;
+        if (breaks)
+            patched.decode = [](std::string_view) -> std::shared_ptr<ASRequestModel> {
+                throw std::runtime_error("broken decoding");
+            };
+        TestCommand::handleBy(patched, json);
+        patched = {};
+    }
+};
+
+TEST_F(ASBaseRequestCommandTest, AnOverrideMayPassAHandlerOfItsOwn) {
+    for (const bool breaks : {false, true}) {
+        PatchingCommand::breaks = breaks;
+        std::optional<std::string> answer;
+        const auto command =
+            makeObject<PatchingCommand>(NSScriptCommandDescription{"request", Value(R"({"path":"info"})")});
+        command->execute([&](std::optional<std::string> result) { answer = std::move(result); });
+        clock.waitUntilQuiet();
+        const auto response = ASCommonResponseModel::fromJSONString(answer.value_or(""));
+        ASSERT_TRUE(response);
+        EXPECT_EQ(response->error ? response->error->code : std::nullopt,
+                  breaks ? std::optional(ASError::Code::invalidParameter) : std::nullopt);
+    }
+    EXPECT_TRUE(capture.has(LogCapture::error, "RequestCommand decode 异常: broken decoding")) << capture;
+}
+
+struct ThrowingResponse : ASCommonResponseModel {
+    std::optional<std::string> encodeToJSONString(const std::source_location&) const override {
+        throw std::runtime_error("broken response");
+    }
+};
+
 TEST_F(ASBaseRequestCommandTest, AResponseThatCanNotBeWrittenIsAnEmptyAnswer) {
     EchoRequest::behaviour = [](const auto&, const ASCompletion& completion) {
         auto response = ASCommonResponseModel::make();
@@ -255,6 +295,13 @@ TEST_F(ASBaseRequestCommandTest, AResponseThatCanNotBeWrittenIsAnEmptyAnswer) {
     const auto answers = run(kLaunch);
     ASSERT_EQ(answers->all.size(), 1U);
     EXPECT_FALSE(answers->all.front());
+    EchoRequest::behaviour = [](const auto&, const ASCompletion& completion) {
+        completion(std::make_shared<ThrowingResponse>());
+    };
+    const auto unwritten = run(kLaunch);
+    ASSERT_EQ(unwritten->all.size(), 1U);
+    EXPECT_FALSE(unwritten->all.front());
+    EXPECT_TRUE(capture.has(LogCapture::error, "RequestCommand response 异常: broken response")) << capture;
 }
 
 TEST_F(ASBaseRequestCommandTest, ATextThatIsNotTheParameterIsKeptForTheHandler) {

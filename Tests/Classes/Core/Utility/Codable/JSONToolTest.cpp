@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <stdexcept>
 
 #include "Classes/AppleScript/RequestCommand/ASModel.h"
 #include "TestKit/LogCapture.h"
@@ -10,7 +11,28 @@
 namespace zqcore {
 namespace {
 
+/// An application's own field type, whose coder throws.
+struct Touchy {
+    bool operator==(const Touchy&) const = default;
+};
+
+}  // namespace
+
+template <>
+struct platform::JSONCoder<Touchy> {
+    static bool decode(JSONReader&, Touchy&) { throw std::runtime_error("not this one"); }
+    static void encode(JSONWriter&, const Touchy&) { throw 7; }
+    static std::string typeText() { return "touchy"; }
+};
+
+namespace {
+
 using testkit::LogCapture;
+
+struct TouchyModel : JSONModel<TouchyModel> {
+    std::optional<Touchy> field;
+    ZQ_FIELDS(TouchyModel, field)
+};
 
 struct Measure : JSONModel<Measure> {
     std::optional<double> number;
@@ -52,6 +74,16 @@ TEST_F(JSONToolTest, ModelsGoThereAndBackInSilence) {
     EXPECT_TRUE(capture.silent()) << capture;
 }
 
+TEST_F(JSONToolTest, ACoderThatThrowsIsAFailureLikeAnyOther) {
+    EXPECT_FALSE(TouchyModel::fromJSONString(R"({"field":{}})"));
+    EXPECT_TRUE(onlyLine(__LINE__ - 1).ends_with("error=exception: not this one (byte 9)"));
+    TouchyModel model;
+    EXPECT_EQ(model.encodeToJSONString(), "{}");
+    model.field.emplace();
+    EXPECT_FALSE(model.encodeToJSONString());
+    EXPECT_TRUE(onlyLine(__LINE__ - 1).ends_with("error=unknown exception"));
+}
+
 TEST_F(JSONToolTest, DeepCopySharesNothing) {
     const auto response = ASCommonResponseModel::make(ASError::Code::internalError);
     const auto copy = response->deepCopy();
@@ -75,6 +107,9 @@ TEST_F(JSONToolTest, EncodingFailures) {
     EXPECT_FALSE(model.encodeToJSONObject());
     onlyLine(__LINE__ - 1);
 
+    EXPECT_FALSE(JSONTool::encodeToData(Value::Array{Data()}));
+    EXPECT_EQ(onlyLine(__LINE__ - 1),
+              "encode data 失败，无效 json 对象: obj=" + Value(Value::Array{Data()}).description());
     for (const Value& bad : {Value(), Value(Value::Array{std::nan("")}), Value(Data())}) {
         EXPECT_FALSE(JSONTool::encodeToData(bad));
         EXPECT_EQ(onlyLine(__LINE__ - 1), "encode data 失败，无效 json 对象: obj=" + bad.description());
