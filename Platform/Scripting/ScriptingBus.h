@@ -36,7 +36,8 @@ enum class ScriptingServeStatus { serving, invalidIdentifier, nameTaken, noBus }
 /// UTF-8 without NUL and at most 100 MiB, memory files are sealed.
 /// Time: a call waits 120 seconds at most. Threads: every operation from any; all but `broadcast` may
 /// block for a round trip. Lifetime: it connects at first use, and again after the bus was lost, when it
-/// also claims again what was served.
+/// also claims again what was served. While something is served or listened for it looks for a bus by itself:
+/// after 0.1, 0.2, 0.4 ... 25.6 seconds, and every 25.6 seconds from then on.
 /// Failure: a scripting error (-600 not there, -609 no bus, -1708 no such command, -1712 no answer, -1715
 /// refused text, -1743 not permitted) whose text keeps the bus's own words; never a hang.
 class ZQ_EXPORT ScriptingBus {

@@ -77,7 +77,7 @@ BusConnection::BusConnection(Owner& owner)
 
 BusConnection::Access::Access(BusConnection& connection, Opening opening)
     : connection_(connection), opening_(opening), lock_(connection.mutex_) {
-    if (opening_ == Opening::ifNeeded) failure_ = connection_.ensureOpen();
+    if (opening_ == Opening::ifNeeded) open();
 }
 
 BusConnection::Access::~Access() {
@@ -85,10 +85,12 @@ BusConnection::Access::~Access() {
     connection_.deliver(lock_);
 }
 
+int BusConnection::Access::open() { return failure_ = connection_.ensureOpen(); }
+
 void BusConnection::Access::takeInArrived() {
     if (!bus()) return;
     connection_.processArrived();
-    if (!bus() && opening_ == Opening::ifNeeded) failure_ = connection_.ensureOpen();
+    if (!bus() && opening_ == Opening::ifNeeded) open();
 }
 
 int BusConnection::ensureOpen() {
@@ -97,6 +99,7 @@ int BusConnection::ensureOpen() {
     const int failure = sd_bus_open_user_with_description(&bus, "zqcore");
     if (failure < 0) return failure;
     bus_.reset(bus);
+    welcomed_ = false;
     startThread();
     owner_.opened(bus);
     return 0;
@@ -177,6 +180,10 @@ void BusConnection::processArrived(int most) {
     int progress = 0;
     do {
         progress = sd_bus_process(bus_.get(), nullptr);
+        if (!welcomed_ && sd_bus_is_ready(bus_.get()) > 0) {
+            welcomed_ = true;
+            owner_.welcomed();
+        }
     } while (progress > 0 && --most > 0);
     if (progress < 0 || sd_bus_is_open(bus_.get()) <= 0) close(progress < 0 ? progress : -ECONNRESET);
 }
@@ -185,8 +192,11 @@ void BusConnection::close(int reason) {
     watchBus(0);
     owner_.closing();
     // sd-bus has answered its pending calls by now; whatever it forgot must not wait for ever.
-    for (Pending* pending : std::exchange(pending_, {}))
-        settle(*pending, std::unexpected(scriptingErrorForErrno(reason, "the bus went away")));
+    for (Pending* pending : std::exchange(pending_, {})) {
+        // An answer that came just before the end still counts.
+        if (!pending->done)
+            settle(*pending, std::unexpected(scriptingErrorForErrno(reason, "the bus went away")));
+    }
     bus_.reset();
     defer([this] { owner_.lost(); });
 }

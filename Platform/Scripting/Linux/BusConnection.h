@@ -39,8 +39,11 @@ class BusConnection final : private MainLoopGuest {
     class Owner {
       public:
         virtual ~Owner() = default;
-        /// A new bus: export, subscribe, claim, all without waiting. Under the lock.
+        /// A new bus: export, subscribe, claim, all without waiting. It may still refuse this process. Under
+        /// the lock.
         virtual void opened(sd_bus* bus) = 0;
+        /// The bus has taken this process in. Under the lock.
+        virtual void welcomed() = 0;
         /// The bus is going: drop every handle that belongs to it. Under the lock.
         virtual void closing() = 0;
         /// The bus was lost. Not under the lock.
@@ -67,7 +70,9 @@ class BusConnection final : private MainLoopGuest {
 
         /// Null pointer if there is none.
         [[nodiscard]] sd_bus* bus() const noexcept { return connection_.bus_.get(); }
-        /// Zero, or the negative errno with which opening failed.
+        /// Opens one if there is none. Zero, or the negative errno with which that failed.
+        int open();
+        /// The same of the opening at the beginning.
         [[nodiscard]] int failure() const noexcept { return failure_; }
         /// Takes in what has arrived, so that what is known of other processes is as fresh as can be.
         void takeInArrived();
@@ -128,6 +133,7 @@ class BusConnection final : private MainLoopGuest {
     Owner& owner_;
     std::mutex mutex_;
     SdBusHandle bus_;
+    bool welcomed_ = false;
     FileDescriptor poller_;
     FileDescriptor threadWake_;
     FileDescriptor leaderWake_;

@@ -1,5 +1,6 @@
 #include "Platform/Scripting/Linux/SessionBus.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <utility>
@@ -15,12 +16,12 @@ namespace {
 constexpr const char* kDaemon = "org.freedesktop.DBus";
 constexpr const char* kDaemonPath = "/org/freedesktop/DBus";
 
-// A server whose bus went looks for a new one after 0.1, 0.2, 0.4 ... 25.6 seconds, and then only at its next
-// use.
+// Who serves or listens and has no bus looks for one after 0.1, 0.2, 0.4 ... 25.6 seconds, and every 25.6
+// seconds from then on.
 constexpr std::chrono::milliseconds kFirstRetry{100};
-constexpr int kRetries = 9;
-// After four of them, 1.5 seconds, the bus counts as gone: one that is only started anew is up by then.
-constexpr int kRetriesUntilGone = 4;
+constexpr int kMostTries = 8;
+// After four tries, 1.5 seconds, the bus counts as gone: one that is only started anew is up by then.
+constexpr int kTriesUntilGone = 4;
 
 std::atomic<ScriptingBus*> installed{nullptr};
 
@@ -55,13 +56,9 @@ void SessionBus::closing() {
     for (const auto& listener : listeners_) listener->match.reset();
 }
 
-void SessionBus::lost() {
-    {
-        const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
-        if (served_.empty() && listeners_.empty()) return;
-    }
-    openAgain(0);
-}
+void SessionBus::welcomed() { tries_ = 0; }
+
+void SessionBus::lost() { search(); }
 
 void SessionBus::whenGone(std::function<void()> handler) {
     // Swapped, so that the handler that goes is destroyed without the lock.
@@ -70,21 +67,28 @@ void SessionBus::whenGone(std::function<void()> handler) {
     gone_.swap(shared);
 }
 
-void SessionBus::openAgain(int attempt) {
-    if (attempt == kRetries) return;
-    DispatchQueue::global(DispatchQoS::utility)
-        ->after(DispatchTime::now(kFirstRetry * (1 << attempt)), [this, attempt] {
-            bool open = false;
-            std::shared_ptr<const std::function<void()>> gone;
-            {
-                const BusConnection::Access access(connection_);
-                open = access.failure() == 0;
-                if (!open && attempt + 1 == kRetriesUntilGone) gone = gone_;
-            }
-            if (open) return;
-            openAgain(attempt + 1);
-            if (gone && *gone) (*gone)();
-        });
+// A try has failed when the bus can't be reached or, later, doesn't take this process in: then it is lost.
+void SessionBus::search() {
+    std::shared_ptr<const std::function<void()>> gone;
+    int tries = 0;
+    {
+        const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
+        if (!isWanted() || std::exchange(searching_, true)) return;
+        tries = tries_;
+        if (tries == kTriesUntilGone) gone = gone_;
+        tries_ = std::min(tries_ + 1, kMostTries);
+    }
+    DispatchQueue::global(DispatchQoS::utility)->after(DispatchTime::now(kFirstRetry * (1 << tries)), [this] {
+        bool failed = false;
+        {
+            // What wanted it may be gone by now; then it stays away until its next use.
+            BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
+            searching_ = false;
+            failed = isWanted() && access.open() < 0;
+        }
+        if (failed) search();
+    });
+    if (gone && *gone) DispatchQueue::global(DispatchQoS::utility)->async([gone] { (*gone)(); });
 }
 
 void SessionBus::watch(sd_bus* bus, const std::string& identifier) {

@@ -70,6 +70,7 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     };
 
     void opened(sd_bus* bus) override;
+    void welcomed() override;
     void closing() override;
     void lost() override;
 
@@ -80,7 +81,8 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     void forgetFailedLaunch(const std::string& identifier);
     [[nodiscard]] std::expected<std::string, NSError> callDaemon(const char* method, const char* argument);
     void watch(sd_bus* bus, const std::string& identifier);
-    void openAgain(int attempt);
+    [[nodiscard]] bool isWanted() const { return !served_.empty() || !listeners_.empty(); }
+    void search();
     static int onOwnerChanged(sd_bus_message* message, void* peer, sd_bus_error*);
 
     [[nodiscard]] int exportObject(sd_bus* bus, const std::string& identifier, Served& served);
@@ -102,6 +104,9 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     std::set<std::string, std::less<>> admitted_;
     std::map<std::string, Sender, std::less<>> judging_;
     std::shared_ptr<const std::function<void()>> gone_;
+    /// The tries to find a bus since one last took this process in, and whether the next one is under way.
+    int tries_ = 0;
+    bool searching_ = false;
 };
 
 }  // namespace zqcore::platform

@@ -100,11 +100,12 @@ ScriptingServeStatus SessionBus::serve(const std::string& identifier, CommandHan
         sd_bus_service_name_is_valid(identifier.c_str()) <= 0)
         return ScriptingServeStatus::invalidIdentifier;
     auto shared = std::make_shared<const CommandHandler>(std::move(handler));
+    // Foreign objects may end with a handler, so one that is given up outlives the lock.
+    const auto kept = shared;
     {
         const BusConnection::Access access(connection_);
         if (access.failure() < 0) return ScriptingServeStatus::noBus;
         const auto [place, made] = served_.try_emplace(identifier, *this, nullptr, nullptr);
-        // Swapped, so that the handler that goes is destroyed without the lock.
         std::swap(place->second.handler, shared);
         if (!made && place->second.object) return ScriptingServeStatus::serving;
         // The object first: a call may follow the name at once.
@@ -270,7 +271,7 @@ std::shared_ptr<void> SessionBus::listen(const std::string& name, NotificationHa
         // missed.
         (void)callDaemon("GetNameOwner", "org.freedesktop.DBus");
     } else {
-        openAgain(0);
+        search();
     }
     void* token = listener.get();
     return {token, [this, listener = std::move(listener)](void*) { stopListening(listener); }};

@@ -2,13 +2,20 @@
 
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <string>
 #include <thread>
 #include <vector>
@@ -19,6 +26,7 @@
 #include "Platform/Scripting/Linux/BusConnection.h"
 #include "Platform/Scripting/NSScriptSuiteRegistry.h"
 #include "Platform/Scripting/ScriptingBus.h"
+#include "TestKit/ManualClock.h"
 #include "TestKit/PrivateBus.h"
 
 namespace zqcore::platform {
@@ -249,6 +257,85 @@ TEST_F(SBApplicationTest, LostBusEndsPendingCallsAndTheNextUseConnectsAgain) {
     EXPECT_EQ(app->request("again"), "again");
 }
 
+TEST_F(SBApplicationTest, AnAnswerThatCameJustBeforeTheBusWentStillCounts) {
+    constexpr const char* kHere = "com.example.here";
+    std::promise<ScriptingBus::Reply> asked;
+    ASSERT_EQ(ScriptingBus::current().serve(
+                  kHere, [&](std::string, ScriptingBus::Reply reply) { asked.set_value(std::move(reply)); }),
+              ScriptingServeStatus::serving);
+    ChildProcess caller(
+        {"/bin/sh", "-c", "exec \"" ZQ_TEST_PROGRAMS "/RequestRelay\" relay com.example.here </dev/null"});
+    auto reply = asked.get_future().get();
+    // It sees the answer and the end of the bus at once.
+    ::kill(caller.pid(), SIGSTOP);
+    int status = 0;
+    ASSERT_EQ(::waitpid(caller.pid(), &status, WUNTRACED), caller.pid());
+    reply("just in time\n");
+    // The bus has handed it on when it has gone round its sockets again.
+    for (int round = 0; round < 2; ++round) EXPECT_FALSE(nameHasOwner("com.example.nobody"));
+    ScriptingBus::current().stopServing(kHere);
+    bus.stop();
+    ::kill(caller.pid(), SIGCONT);
+    EXPECT_EQ(caller.readLine(), "just in time");
+}
+
+/// A bus that takes every connection and closes it again.
+class RefusingBus {
+  public:
+    explicit RefusingBus(const std::filesystem::path& folder) : path_(folder / "refusing") {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::snprintf(address.sun_path, sizeof address.sun_path, "%s", path_.c_str());
+        ::bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        ::listen(listener_, 50);
+        ::setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + path_.string()).c_str(), 1);
+    }
+    ~RefusingBus() { ::close(listener_); }
+    int refused() {
+        for (int taken = 0; (taken = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0; ++refused_)
+            ::close(taken);
+        return refused_;
+    }
+
+  private:
+    std::filesystem::path path_;
+    int listener_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    int refused_ = 0;
+};
+
+TEST_F(SBApplicationTest, ABusThatRefusesIsTriedMoreAndMoreSeldomAndIsGoneInTheEnd) {
+    testkit::ManualClock clock;
+    std::atomic<int> told = 0;
+    ScriptingBus::current().whenGone([&] { ++told; });
+    std::atomic<int> heard = 0;
+    const auto listener = ScriptingBus::current().listen("com.example.note", [&](const auto&) { ++heard; });
+    RefusingBus refusing(bus.directory());
+    bus.stop();
+    // Every refusal is an event of its own and takes no time of this clock, so each try has its own.
+    const auto awaitTries = [&](int tries) {
+        while (refusing.refused() < tries) {
+            clock.advance(std::chrono::milliseconds(10));
+            std::this_thread::yield();
+        }
+    };
+    awaitTries(3);
+    EXPECT_EQ(told, 0);
+    while (told == 0) {
+        clock.advance(std::chrono::milliseconds(1));
+        ASSERT_LE(refusing.refused(), 4);
+    }
+    // It goes on looking, for ever: the tenth was the last one once.
+    awaitTries(14);
+    EXPECT_EQ(told, 1);
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1);
+    bus.start();
+    while (heard == 0) {
+        clock.advance(std::chrono::seconds(1));
+        ChildProcess({kPlainPeer, "post", "com.example.note", "", "{}"}).wait();
+    }
+    ScriptingBus::current().whenGone(nullptr);
+}
+
 TEST_F(SBApplicationTest, ServerComesBackToANewBus) {
     const auto server = startServer();
     bus.stop();
@@ -275,6 +362,11 @@ TEST_F(SBApplicationTest, AnIdentifierIsServedByOneProcess) {
     EXPECT_EQ(NSScriptSuiteRegistry::serve("com.360.x", nullptr), ScriptingServeStatus::invalidIdentifier);
     ChildProcess second({kTextServer, kTarget});
     EXPECT_EQ(second.readLine(), "refused");
+    // What ends with a refused handler may use the bus itself.
+    EXPECT_EQ(ScriptingBus::current().serve(
+                  kTarget, [token = ScriptingBus::current().listen("com.example.note", nullptr)](
+                               std::string, ScriptingBus::Reply) {}),
+              ScriptingServeStatus::nameTaken);
 }
 
 TEST_F(SBApplicationTest, AnyBusToolCanCallAServer) {
