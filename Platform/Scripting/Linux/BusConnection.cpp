@@ -125,11 +125,7 @@ void BusConnection::pump() {
         deliver(lock);
         const bool mine = bus_ && !leader_;
         watchBus(mine ? wantedEvents(bus_.get()) : short{0});
-        // An earlier time that still lies ahead is kept: one needless wake-up after minutes is cheaper than
-        // being told of the limit of every call that is sent.
-        const std::uint64_t kept = millisecondsUntil(threadSleep_.until) > 0 ? threadSleep_.until : kNever;
-        threadSleep_ = {
-            .asleep = true, .until = std::min(kept, mine ? wantedTime(bus_.get()) : kNever), .events = 0};
+        threadSleep_ = {.asleep = true, .until = mine ? wantedTime(bus_.get()) : kNever, .events = 0};
         const int limit = millisecondsUntil(threadSleep_.until);
         lock.unlock();
         std::array<epoll_event, 2> events{};
