@@ -66,6 +66,7 @@ install:
 	@cmake --install build/release --prefix $(PREFIX)
 
 deb:
+	@scripts/setup build deb
 	@$(MAKE) --no-print-directory build PRESET=package
 	@cd build/package && cpack -G DEB >cpack.log 2>&1 || { cat cpack.log; exit 1; }
 	@ls build/package/*.deb
