@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <optional>
 
+#include "Platform/Base/ThreadSafety.h"
+
 namespace zqcore::platform {
 
 /// A word that threads sleep on (futex(2)). Wakes may be spurious, so callers test their own condition.
@@ -28,14 +30,14 @@ inline void pauseProcessor() noexcept {
 /// for about a microsecond before sleeping, since a holder that runs is nearly done. It doesn't give the
 /// processor away meanwhile: on a busy machine it would come back milliseconds later. Not recursive, not
 /// fair.
-class BriefMutex final {
+class ZQ_CAPABILITY("mutex") BriefMutex final {
   public:
-    void lock() noexcept {
+    void lock() noexcept ZQ_ACQUIRE() ZQ_NO_THREAD_SAFETY_ANALYSIS {
         std::uint32_t free = 0;
         if (!word_.compare_exchange_strong(free, 1, std::memory_order_acquire)) [[unlikely]]
             lockTaken();
     }
-    void unlock() noexcept {
+    void unlock() noexcept ZQ_RELEASE() ZQ_NO_THREAD_SAFETY_ANALYSIS {
         if (word_.exchange(0, std::memory_order_release) == kSleepers) [[unlikely]]
             futexWakeOne(word_);
     }
@@ -44,6 +46,18 @@ class BriefMutex final {
     static constexpr std::uint32_t kSleepers = 2;
     void lockTaken() noexcept;
     FutexWord word_{0};
+};
+
+/// Holds a `BriefMutex` while it lives.
+class ZQ_SCOPED_CAPABILITY BriefLock final {
+  public:
+    explicit BriefLock(BriefMutex& mutex) noexcept ZQ_ACQUIRE(mutex) : mutex_(mutex) { mutex_.lock(); }
+    ~BriefLock() ZQ_RELEASE() { mutex_.unlock(); }
+    BriefLock(const BriefLock&) = delete;
+    BriefLock& operator=(const BriefLock&) = delete;
+
+  private:
+    BriefMutex& mutex_;
 };
 
 /// One thread waits until another says so, once. The waker touches nothing after the waiter may have gone.

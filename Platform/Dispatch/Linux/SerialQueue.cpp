@@ -1,6 +1,5 @@
 #include "Platform/Dispatch/Linux/SerialQueue.h"
 
-#include <mutex>
 #include <utility>
 
 #include "Platform/Dispatch/Linux/CurrentQueue.h"
@@ -22,7 +21,7 @@ void runToTheEnd(const std::function<void()>& block) noexcept { block(); }
 
 void SerialQueue::async(DispatchBlock block) {
     {
-        const std::lock_guard lock(mutex_);
+        const BriefLock lock(mutex_);
         incoming_.add(std::move(block));
         hasIncoming_.store(true, std::memory_order_relaxed);
         foreignProducer_.store(!WorkerPool::isWorker(), std::memory_order_relaxed);
@@ -95,7 +94,7 @@ void SerialQueue::gather() const noexcept {
 
 // Takes what came meanwhile, or gives the queue up.
 bool SerialQueue::takeBatchOrGo() {
-    const std::lock_guard lock(mutex_);
+    const BriefLock lock(mutex_);
     if (!incoming_.empty()) {
         batch_.swap(incoming_);
         hasIncoming_.store(false, std::memory_order_relaxed);
@@ -113,12 +112,13 @@ void SerialQueue::ownNowOrWait() {
     WorkerPool& pool = WorkerPool::shared();
     // Before it owns: what others add from then on is counted nowhere else.
     pool.beginForeignRun();
-    std::unique_lock lock(mutex_);
-    if (!std::exchange(owned_, true)) return;
     OneShotSignal turn;
-    incoming_.add([this, &turn] { successor_ = &turn; });
-    hasIncoming_.store(true, std::memory_order_relaxed);
-    lock.unlock();
+    {
+        const BriefLock lock(mutex_);
+        if (!std::exchange(owned_, true)) return;
+        incoming_.add([this, &turn] { successor_ = &turn; });
+        hasIncoming_.store(true, std::memory_order_relaxed);
+    }
     pool.endForeignRun();
     const DispatchBlockingScope scope;
     turn.wait();

@@ -43,12 +43,12 @@ class SerialQueue final : public DispatchQueue, public Drainable {
 
     alignas(kLine) BriefMutex mutex_;
     // Somebody owns the queue, or it is on its way to a worker.
-    bool owned_ = false;
+    bool owned_ ZQ_GUARDED_BY(mutex_) = false;
     // What a lingering owner reads without the lock: whether anything is in `incoming_`, and who put it
     // there.
     std::atomic<bool> hasIncoming_{false};
     std::atomic<bool> foreignProducer_{false};
-    BlockList incoming_;
+    BlockList incoming_ ZQ_GUARDED_BY(mutex_);
 
     // The owner's alone.
     alignas(kLine) BlockList batch_;
