@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Base/Linux/PipeSignalHeld.h"
+
 namespace zqcore::platform {
 
 namespace {
@@ -43,7 +45,10 @@ void NSLog(std::string_view line) {
         handOver(handler, line);
         return;
     }
-    std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
+    {
+        const PipeSignalHeld held;
+        std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
+    }
     const std::lock_guard lock(early().mutex);
     if (!early().over && early().lines.size() < kEarlyLines) early().lines.emplace_back(line);
 }

@@ -10,10 +10,12 @@
 #include <string_view>
 #include <thread>
 
+#include "Platform/Base/NSLog.h"
 #include "Platform/Lumberjack/DDFileLogger.h"
 #include "Platform/Lumberjack/DDLog.h"
 #include "Platform/Lumberjack/DDLogFileManagerDefault.h"
 #include "Platform/Lumberjack/DDLogPendingLines.h"
+#include "Platform/Lumberjack/DDOSLogger.h"
 #include "TestKit/ManualClock.h"
 
 using namespace zqcore;
@@ -69,11 +71,33 @@ int crash() {
     return 1;
 }
 
+/// Lines for a standard error that nobody reads any more, each by a road that writes on this thread.
+int logToBrokenPipe() {
+    int ends[2];
+    if (::pipe(ends) != 0) return 2;
+    ::dup2(ends[1], STDERR_FILENO);
+    ::close(ends[1]);
+    ::close(ends[0]);
+    std::signal(SIGPIPE, SIG_DFL);  // whoever started this may ignore it
+    auto ddlog = DDLog::make();
+    ddlog->addLogger(DDOSLogger::make("/no/such/socket"));
+    ddlog->log(false, DDLogLevelAll, DDLogFlagError, 0, "/x/Place.cpp", "function()", 7, nullptr,
+               std::string_view("lost"));
+    say(*ddlog, "lost");
+    DDLog::flushLog();
+    NSLog("lost");
+    sigset_t pending;
+    ::sigpending(&pending);
+    std::puts(::sigismember(&pending, SIGPIPE) == 0 ? "alive" : "a signal is left behind");
+    return 0;
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
     const std::string_view way = arguments[1];
     if (way == "crash") return crash();
+    if (way == "broken pipe") return logToBrokenPipe();
     if (count < 3) return 2;
     // Never ended: threads go on logging while the process goes.
     static const auto& ddlog = *new std::shared_ptr<DDLog>(DDLog::make());

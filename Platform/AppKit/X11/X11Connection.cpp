@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <ctime>
 #include <utility>
 
 namespace zqcore::platform {
@@ -76,27 +75,10 @@ const xcb_visualtype_t* findVisual(const xcb_screen_t& screen, std::uint8_t dept
     return nullptr;
 }
 
-bool isPipeSignalPending() {
-    sigset_t pending;
-    sigemptyset(&pending);
-    sigpending(&pending);
-    return sigismember(&pending, SIGPIPE) == 1;
-}
-
-sigset_t pipeSignal() {
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, SIGPIPE);
-    return set;
-}
-
 }  // namespace
 
 X11Connection::Use::Use(X11Connection& connection) : connection_(connection) {
-    if (connection_.uses_++ > 0) return;
-    wasPending_ = isPipeSignalPending();
-    const sigset_t pipe = pipeSignal();
-    pthread_sigmask(SIG_BLOCK, &pipe, &before_);
+    if (connection_.uses_++ == 0) held_.emplace();
 }
 
 X11Connection::Use::~Use() {
@@ -105,12 +87,7 @@ X11Connection::Use::~Use() {
         // What a wait for a reply read on the way doesn't make the descriptor readable again.
         while (X11Event event{xcb_poll_for_queued_event(connection_.get())})
             connection_.read_.push_back(std::move(event));
-        if (!wasPending_ && isPipeSignalPending()) {
-            const sigset_t pipe = pipeSignal();
-            const timespec atOnce{};
-            sigtimedwait(&pipe, nullptr, &atOnce);
-        }
-        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+        held_.reset();
     }
     if (--connection_.uses_ == 0 && connection_.pending_ &&
         (!connection_.read_.empty() || connection_.isLost()))

@@ -2,16 +2,18 @@
 
 #include <xcb/xcb.h>
 
-#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "Platform/Base/Linux/PipeSignalHeld.h"
 
 namespace zqcore::platform {
 
@@ -93,9 +95,9 @@ class X11Connection final {
     void setPendingHandler(std::function<void()> handler) { pending_ = std::move(handler); }
 
     /// Stands round every use of the connection; at its end the requests are sent. The client library looks
-    /// whether the server is there before it writes, but one that goes in between raises SIGPIPE, which ends
-    /// a process that hasn't provided for it. It is held back here and only here, since both the mask and the
-    /// disposition would be inherited by child processes.
+    /// whether the server is there before it writes, but one that goes in between raises SIGPIPE. It is held
+    /// back here and only here, since both the mask and the disposition would be inherited by child
+    /// processes.
     class Use final {
       public:
         explicit Use(X11Connection& connection);
@@ -105,8 +107,7 @@ class X11Connection final {
 
       private:
         X11Connection& connection_;
-        sigset_t before_{};
-        bool wasPending_ = false;
+        std::optional<PipeSignalHeld> held_;
     };
 
   private:

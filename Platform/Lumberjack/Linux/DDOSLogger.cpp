@@ -12,6 +12,8 @@
 #include <string_view>
 #include <utility>
 
+#include "Platform/Base/Linux/PipeSignalHeld.h"
+
 namespace zqcore::platform {
 
 namespace {
@@ -142,6 +144,7 @@ void DDOSLogger::logMessage(const DDLogMessage& message) {
     auto line = formatted(message);
     if (!line || journal_->send(*line, message)) return;
     *line += '\n';
+    const PipeSignalHeld held;
     writeWhole(fallback_, *line);
 }
 

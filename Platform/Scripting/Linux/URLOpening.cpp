@@ -1,7 +1,5 @@
 // The desktop's OpenURI portal, https://flatpak.github.io/xdg-desktop-portal; where there is none, and for
 // files, which the portal takes as descriptors only, xdg-open.
-#include <pthread.h>
-#include <signal.h>
 #include <systemd/sd-bus.h>
 
 #include <cctype>
@@ -11,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include "Platform/Base/Linux/PipeSignalHeld.h"
 #include "Platform/Base/Linux/ReleasedBy.h"
 #include "Platform/Scripting/Linux/Subprocess.h"
 #include "Platform/Scripting/NSWorkspace.h"
@@ -55,26 +54,9 @@ bool openByPortal(const std::string& url) {
                               url.c_str(), 0) >= 0;
 }
 
-/// Keeps a child that ends early from ending the process by a signal on this thread.
-class PipeSignalBlocked final {
-  public:
-    PipeSignalBlocked() {
-        sigset_t pipe;
-        sigemptyset(&pipe);
-        sigaddset(&pipe, SIGPIPE);
-        pthread_sigmask(SIG_BLOCK, &pipe, &former_);
-    }
-    ~PipeSignalBlocked() { pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
-    PipeSignalBlocked(const PipeSignalBlocked&) = delete;
-    PipeSignalBlocked& operator=(const PipeSignalBlocked&) = delete;
-
-  private:
-    sigset_t former_;
-};
-
 /// Left running by a shell of its own, so that nobody has to reap it.
 bool openByCommand(const std::string& url) {
-    const PipeSignalBlocked blocked;
+    const PipeSignalHeld held;
     const auto result = runSubprocess(
         {"/bin/sh", "-c", R"(command -v xdg-open >/dev/null || exit 127; xdg-open "$1" >/dev/null 2>&1 &)",
          "sh", url},

@@ -236,6 +236,12 @@ TEST(DDLogTest, AnExitWritesOutAllThatWasLoggedAlsoByStaticDestructors) {
     }
 }
 
+TEST(DDLogTest, LinesThatNobodyReadsDontEndTheProcess) {
+    testkit::ChildProcess child({program(), "broken pipe"});
+    EXPECT_EQ(child.readLine(), "alive");
+    EXPECT_EQ(child.wait(), 0);
+}
+
 TEST(DDLogTest, ADyingProcessCanTellItsPendingLines) {
     testkit::ChildProcess child({program(), "crash"});
     EXPECT_EQ(child.readLine(), "4 pending");
