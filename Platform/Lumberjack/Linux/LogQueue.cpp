@@ -333,23 +333,27 @@ std::size_t LogQueue::visitLines(DDLogPendingLines::Callback callback, void* con
 }
 
 void LogQueue::beforeFork() {
-    if (isCurrent()) return;
-    role_.lock();
-    // What was logged and set up so far is done here, so that the child neither repeats nor misses it.
-    OneShotSignal done;
-    putBlock(DispatchBlock([] {}), &done);
-    drain(&done, SIZE_MAX);
+    if (!isCurrent()) {
+        role_.lock();
+        // What was logged and set up so far is done here, so that the child neither repeats nor misses it.
+        OneShotSignal done;
+        putBlock(DispatchBlock([] {}), &done);
+        drain(&done, SIZE_MAX);
+    }
+    records_.holdMemory();
 }
 
 void LogQueue::afterForkInParent() {
+    records_.letGoOfMemory();
     if (!isCurrent()) role_.unlock();
 }
 
 void LogQueue::afterForkInChild() {
+    records_.letGoOfMemory();
     // What other threads logged meanwhile is the parent's to write.
     records_.abandon();
     sleep_.store(notStarted);
-    afterForkInParent();
+    if (!isCurrent()) role_.unlock();
 }
 
 }  // namespace zqcore::platform

@@ -69,7 +69,14 @@ class LogRecords final {
     /// Gives up all that `next` gave, or all but the last.
     void retire() { retireTo(next_); }
     void retireEarlier() { retireTo(last_); }
-    /// Forgets every record, also those that were never completed. For the child of a fork.
+
+    // Round a fork(2).
+    /// Keeps other threads from being amid their taking of memory, which the child would wait for without
+    /// end. Taken behind the role of the drainer, as `retire` takes it; between the two calls this thread may
+    /// only fork.
+    void holdMemory() { poolMutex_.lock(); }
+    void letGoOfMemory() { poolMutex_.unlock(); }
+    /// Forgets every record, also those that were never completed. For the child.
     void abandon();
 
     /// Calls `visit` for each complete record that is not retired. For a crash handler: no lock, no
