@@ -37,8 +37,17 @@ find_relay() {
     command -v zq
 }
 
-# busctl takes the request as an argument and prints {"type":"s","data":["..."]}, the answer once more escaped
-# inside: every backslash there stands before the character that is meant.
+# busctl prints {"type":"s","data":["..."]} in one line, the answer as a JSON string: \" \\ \b \f \n \r \t and
+# \u00XX for the other controls, everything else as it is. printf's %b knows all of these but the last, which it
+# takes as \0 and octal. A control, which doesn't stand there bare, keeps the place of an escaped backslash, so
+# that the letter behind it isn't taken for an escape.
+print_answer() {
+    place=$(printf '\001')
+    controls=$(code=1; while [ $code -lt 32 ]; do printf 's/\\\\u%04x/\\\\0%03o/g;' $code $code; code=$((code + 1)); done)
+    printf '%b' "$(printf '%s\n' "$1" | LC_ALL=C sed 's/^{"type":"s","data":\["//; s/"\]}$//; s/\\\\/'"$place"'/g
+        s/\\"/"/g; '"$controls"' s/'"$place"'/\\\\/g')"
+}
+
 send_by_busctl() {
     command -v busctl >/dev/null || fail -2700 "neither zq nor busctl is there to reach the session bus"
     json=$2
@@ -48,9 +57,9 @@ send_by_busctl() {
         [ "$(printf %s "$json" | wc -c)" -le 65536 ] || fail -1715 "the request is too large for busctl; zq is needed"
     fi
     path=/$(printf %s "$1" | LC_ALL=C tr . / | LC_ALL=C tr -c 'A-Za-z0-9/' _)
-    if answer=$(busctl --user --json=short --timeout=120 call "$1" "$path" com.tessara.ZQCore.Scripting request \
-        s "$json" 2>&1); then
-        printf '%s\n' "$answer" | sed 's/^{"type":"s","data":\["//; s/"\]}$//; s/\\\(.\)/\1/g'
+    if answer=$(busctl --user --json=short --timeout=120 call -- "$1" "$path" com.tessara.ZQCore.Scripting \
+        request s "$json" 2>&1); then
+        print_answer "$answer"
         return
     fi
     case $answer in

@@ -4,6 +4,8 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -219,6 +221,19 @@ class ScriptRoadTest : public ScriptSenderTest {
         EXPECT_EQ(request->responseValue->requestId, request->requestValue->requestId);
     }
 
+    /// What the script itself prints.
+    std::string answerOfScript(const std::string& text) const {
+        const std::string output = bus_.directory() / "answer";
+        ::setenv("ZQ_TEST_TEXT", text.c_str(), 1);
+        const std::string command =
+            std::string("exec " ZQ_TEST_SOURCE_DIR "/Assets/SendRequestChannel.scpt send ") + kTarget +
+            " \"$ZQ_TEST_TEXT\" >" + output;
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        ::unsetenv("ZQ_TEST_TEXT");
+        std::ifstream file(output, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
     testkit::PrivateBus bus_;
 };
 
@@ -256,6 +271,12 @@ TEST_F(ScriptRoadTest, BusctlServesWhereTheToolIsMissing) {
     expectEcho(request);
     request->requestValue->requestId = std::string(60000, 'x');
     expectEcho(request);
+    std::string text =
+        "--version\n {\"a\": [\\n, \\\\t, \\u0041, \\u0001, \\\", \\c],\t1\n}\r\n\u4E2D\U0001F600\n\n";
+    for (char control = 1; control < ' '; ++control) text += {control, '7'};
+    text += "\x7F\\\n\n";
+    EXPECT_EQ(answerOfScript(text), text);
+    EXPECT_EQ(answerOfScript("--version"), "--version");
     request->requestValue->requestId = std::string(70000, 'x');
     EXPECT_EQ(send(request), Status::fail);
     EXPECT_TRUE(log_.contains("Code=-1715")) << "too large";
