@@ -29,23 +29,29 @@ int run(std::span<const std::string> arguments) {
 
     // The sender of this process leaves out its own kind, but who listens wants to hear other copies of
     // itself too.
-    const auto heard = std::make_shared<double>(0);
+    struct State {
+        double heard = 0;
+        bool writable = true;
+    };
+    const auto state = std::make_shared<State>();
     const auto observation = NSDistributedNotificationCenter::defaultCenter().addObserver(
         std::string(DistributedSender::kPostNotification), DispatchQueue::main(),
-        [heard](const NSDistributedNotification& notification) {
+        [state](const NSDistributedNotification& notification) {
             const auto* request = notification.userInfo ? notification.userInfo->find("request") : nullptr;
             if (!request || !request->asString()) return;
             Value::Dictionary line;
             line.set("from", notification.object);
             line.set("request", JSONTool::decodeToJSONObject(*request->asString()).value_or(*request));
-            printJSON(Value(std::move(line)));
-            ++*heard;
+            state->writable = state->writable && printJSON(Value(std::move(line)));
+            ++state->heard;
         });
     std::fputs("listening\n", stderr);
-    const bool enough =
-        RunLoop::main().runUntil([&] { return *heard >= *count; }, durationFromSeconds(*seconds));
-    return enough || !parsed->has("count") ? kDone
-                                           : complain("too few notifications in time", kNoAnswerInTime);
+    RunLoop::main().runUntil([&] { return state->heard >= *count || !state->writable; },
+                             durationFromSeconds(*seconds));
+    if (!state->writable) return complain("can't write the result", kUnreadable);
+    if (parsed->has("count") && state->heard < *count)
+        return complain("too few notifications in time", kNoAnswerInTime);
+    return kDone;
 }
 
 }  // namespace

@@ -222,6 +222,14 @@ TEST_F(ZqTest, ABroadcastIsHeardOnceListeningIsSaid) {
     EXPECT_EQ(listener.wait(), 0);
 }
 
+TEST_F(ZqTest, AListenerThatCanNotWriteSaysSoAndEnds) {
+    ChildProcess listener({"/bin/sh", "-c", "exec " + app("zq") + " listen --timeout 60 2>&1 >/dev/full"});
+    ASSERT_EQ(listener.readLine(), "listening");
+    EXPECT_EQ(zq({"send", "launch", "--via", "distributed"}).code, 0);
+    EXPECT_EQ(listener.readLine(), "zq: can't write the result");
+    EXPECT_EQ(listener.wait(), 5);
+}
+
 TEST_F(ZqTest, TheLogLevelOfAnApplicationIsKeptInItsSettings) {
     EXPECT_EQ(zq({"log", "level", "--to", kHelper}).at({"level"}), Value());
     EXPECT_EQ(zq({"log", "level", "31", "--to", kHelper}).at({"level"}), Value(31));
