@@ -12,6 +12,7 @@
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Dispatch/RunLoop.h"
 #include "Platform/Scripting/NSDistributedNotificationCenter.h"
+#include "Platform/Scripting/NSScriptSuiteRegistry.h"
 
 namespace zq {
 
@@ -32,6 +33,7 @@ int run(std::span<const std::string> arguments) {
     struct State {
         double heard = 0;
         bool writable = true;
+        bool busIsGone = false;
     };
     const auto state = std::make_shared<State>();
     const auto observation = NSDistributedNotificationCenter::defaultCenter().addObserver(
@@ -45,10 +47,13 @@ int run(std::span<const std::string> arguments) {
             state->writable = state->writable && printJSON(Value(std::move(line)));
             ++state->heard;
         });
+    // It would hear nothing any more, and keep open what it holds of a session that has ended.
+    NSScriptSuiteRegistry::whenBusIsGone([state] { state->busIsGone = true; });
     std::fputs("listening\n", stderr);
-    RunLoop::main().runUntil([&] { return state->heard >= *count || !state->writable; },
-                             durationFromSeconds(*seconds));
+    const auto isOver = [&] { return state->heard >= *count || !state->writable || state->busIsGone; };
+    RunLoop::main().runUntil(isOver, durationFromSeconds(*seconds));
     if (!state->writable) return complain("can't write the result", kUnreadable);
+    if (state->busIsGone) return complain("the session bus is gone", kNotDelivered);
     if (parsed->has("count") && state->heard < *count)
         return complain("too few notifications in time", kNoAnswerInTime);
     return kDone;
@@ -66,7 +71,7 @@ const Command kListenCommand = {
         "identifier, and \"request\". Says \"listening\" on standard error once it hears.\n\n"
         "  --count N           end after N requests\n"
         "  --timeout SECONDS   end after that time; exit code 4 if --count was not reached\n\n"
-        "Exit code 3: there is no session bus to hear anything on.\n",
+        "Exit code 3: there is no session bus to hear anything on, or it went.\n",
     .completions = "--count --timeout",
     .hidden = false,
     .run = run,

@@ -230,6 +230,14 @@ TEST_F(ZqTest, AListenerThatCanNotWriteSaysSoAndEnds) {
     EXPECT_EQ(listener.wait(), 5);
 }
 
+TEST_F(ZqTest, AListenerEndsWithItsBus) {
+    ChildProcess listener({"/bin/sh", "-c", "exec " + app("zq") + " listen --timeout 60 2>&1"});
+    ASSERT_EQ(listener.readLine(), "listening");
+    bus_.stop();
+    EXPECT_EQ(listener.readLine(), "zq: the session bus is gone");
+    EXPECT_EQ(listener.wait(), 3);
+}
+
 TEST_F(ZqTest, TheLogLevelOfAnApplicationIsKeptInItsSettings) {
     EXPECT_EQ(zq({"log", "level", "--to", kHelper}).at({"level"}), Value());
     EXPECT_EQ(zq({"log", "level", "31", "--to", kHelper}).at({"level"}), Value(31));
