@@ -8,6 +8,12 @@
 
 namespace zq {
 
+namespace {
+
+bool metHelp = false;
+
+}  // namespace
+
 std::optional<Arguments> Arguments::parse(std::span<const std::string> words,
                                           std::initializer_list<Option> options, std::size_t leastWords,
                                           std::size_t mostWords) {
@@ -22,6 +28,10 @@ std::optional<Arguments> Arguments::parse(std::span<const std::string> words,
         if (word == "--") {
             onlyWords = true;
             continue;
+        }
+        if (word == "--help") {
+            metHelp = true;
+            return std::nullopt;
         }
         const auto equals = word.find('=');
         const auto name = std::string_view(word).substr(2, equals == std::string::npos ? equals : equals - 2);
@@ -50,6 +60,8 @@ std::optional<Arguments> Arguments::parse(std::span<const std::string> words,
     }
     return result;
 }
+
+bool Arguments::helpIsWanted() { return metHelp; }
 
 std::optional<std::string> Arguments::value(std::string_view option) const {
     const auto found = options_.find(option);

@@ -21,10 +21,13 @@ class Arguments {
     };
 
     /// Absent, with a message on standard error, for an unknown option, a missing value or a wrong count of
-    /// words.
+    /// words; absent without one for --help in the place of an option.
     [[nodiscard]] static std::optional<Arguments> parse(std::span<const std::string> words,
                                                         std::initializer_list<Option> options,
                                                         std::size_t leastWords, std::size_t mostWords);
+
+    /// Whether that was met; the command's help is to be printed then.
+    [[nodiscard]] static bool helpIsWanted();
 
     [[nodiscard]] bool has(std::string_view option) const { return options_.contains(option); }
     [[nodiscard]] std::optional<std::string> value(std::string_view option) const;

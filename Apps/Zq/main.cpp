@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Apps/Zq/Arguments.h"
 #include "Apps/Zq/Command.h"
 #include "Apps/Zq/Output.h"
 #include "Platform/Lumberjack/DDOSLogger.h"
@@ -73,10 +74,9 @@ int main(int argc, char** argv) {
         std::find_if(all.begin(), all.end(), [&](auto* each) { return each->name == words[0]; });
     if (command == all.end())
         return zq::complain("there is no command \"" + words[0] + "\"; zq --help lists them");
-    if (std::find(words.begin() + 1, words.end(), "--help") != words.end()) {
-        std::fwrite((*command)->help.data(), 1, (*command)->help.size(), stdout);
-        return zq::kDone;
-    }
     zq::claimStandardOutput();
-    return (*command)->run(std::span(words).subspan(1));
+    // Further on it may be a text or an option's value, which the command alone can tell.
+    const bool isFirst = words.size() > 1 && words[1] == "--help";
+    const int code = isFirst ? zq::kDone : (*command)->run(std::span(words).subspan(1));
+    return isFirst || zq::Arguments::helpIsWanted() ? zq::finishWithBytes((*command)->help, false) : code;
 }

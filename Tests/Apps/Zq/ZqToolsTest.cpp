@@ -316,6 +316,17 @@ TEST_F(ZqToolsTest, TeachesAndCompletesEveryWord) {
     EXPECT_EQ(offered("crypt encrypt x --key-file \"$HOME/keyf\""), " " + home_.path() + "/keyfile \n");
 }
 
+TEST_F(ZqToolsTest, TakesHelpForATextWhereATextStands) {
+    EXPECT_EQ(zq({"case", "--to", "camel", "--raw", "--", "--help"}).text, "help\n");
+    EXPECT_EQ(zq({"emoji", "strip", "x\U0001F600", "--with", "--help", "--raw"}).text, "x--help\n");
+    for (const auto& words : std::vector<std::vector<std::string>>{
+             {"case", "--help", "--", "x"}, {"case", "x", "--raw", "--help"}, {"emoji", "strip", "--help"}}) {
+        const auto help = zq(words);
+        EXPECT_EQ(help.code, 0);
+        EXPECT_TRUE(help.text.starts_with("usage: zq " + words[0])) << help.text;
+    }
+}
+
 TEST_F(ZqToolsTest, AFolderIsNoFileToReadFrom) {
     EXPECT_EQ(zq({"send", "open", "--to", kHelper, "--body-file", home_.path()}).code, 5);
     EXPECT_EQ(zq({"crypt", "hmac", "x", "--key-file", home_.path()}).code, 5);
