@@ -80,11 +80,29 @@ TEST_F(ZQReusePoolTest, LowersTheLimitWithASecondRecovery) {
 
 TEST(ZQReusePoolHandlerTest, HandlersMayCallThePool) {
     Pool* inside = nullptr;
-    Pool pool([&] { return std::make_shared<Wrapper>(); }, [&](const Element&) { inside->clear(); },
-              [&](const Element&) { inside->setMaxCacheCount(3); });
+    int recoveries = 0, reuses = 0;
+    Pool pool([] { return std::make_shared<Wrapper>(); },
+              [&](const Element&) {
+                  ++recoveries;
+                  inside->clear();
+              },
+              [&](const Element&) {
+                  ++reuses;
+                  inside->setMaxCacheCount(3);
+              });
     inside = &pool;
-    pool.recoveryObject(pool.dequeueReusableObject());
+    const std::vector<Element> given{std::make_shared<Wrapper>(), std::make_shared<Wrapper>()};
+    for (const auto& one : given) pool.recoveryObject(one);
+    EXPECT_EQ(recoveries, 2);
+    EXPECT_EQ(given.front().use_count(), 1) << "the second one's handler cleared the pool";
+    EXPECT_EQ(given.back().use_count(), 2) << "an object goes into the pool after its handler";
+
+    EXPECT_EQ(pool.dequeueReusableObject(), given.back());
+    EXPECT_EQ(reuses, 1);
+    for (int i = 0; i < 2; ++i) pool.recoveryObject(given.front());
     pool.setMaxCacheCount(0);
+    EXPECT_EQ(recoveries, 5) << "what is dropped goes through the handler, which finds no lock held";
+    EXPECT_EQ(given.front().use_count(), 1);
 }
 
 TEST(ZQReusePoolHandlerTest, ThreadsNeverShareAnObject) {
