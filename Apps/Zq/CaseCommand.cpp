@@ -61,6 +61,7 @@ const Command kCaseCommand = {
         "  --raw             print the bare text, not JSON\n\n"
         "example:\n"
         "  zq case parseHTTPResponse --to snake --raw      prints parse_http_response\n",
+    .codes = exitCodes(),
     .completions = "--to --raw camel upperCamel snake kebab constant",
     .hidden = false,
     .run = run,

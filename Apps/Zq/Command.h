@@ -7,7 +7,8 @@
 
 namespace zq {
 
-/// What the program tells the shell. The numbers are part of its interface and stand in every command's help.
+/// What the program tells the shell. The numbers are part of its interface; main.cpp has their meanings, and
+/// every command's help ends with those that it can give.
 enum ExitCode : int {
     kDone = 0,
     kAnsweredWithError = 1,
@@ -17,13 +18,21 @@ enum ExitCode : int {
     kUnreadable = 5,
 };
 
+/// A set of exit codes: those that every command can give, and `more`.
+template <class... Code>
+constexpr unsigned exitCodes(Code... more) {
+    return ((1U << kDone | 1U << kUsage | 1U << kUnreadable) | ... | (1U << more));
+}
+
 /// One word of the command line: what it does, how it is taught, and what runs.
 struct Command {
     std::string_view name;
     /// One line for the overview.
     std::string_view summary;
-    /// The text of `zq NAME --help`: usage, options, an example.
+    /// The text of `zq NAME --help`: usage, options, an example; the exit codes follow it.
     std::string_view help;
+    /// Made by `exitCodes`.
+    unsigned codes;
     /// Options and words that the shell may offer after the name, separated by blanks.
     std::string_view completions;
     /// Left out of the overview: called by our own scripts.

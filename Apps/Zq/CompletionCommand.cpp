@@ -45,6 +45,7 @@ const Command kCompletionCommand = {
         "usage: zq completion bash|zsh\n\n"
         "Prints what the shell needs to complete commands and options. For bash, in ~/.bashrc:\n"
         "  eval \"$(zq completion bash)\"\n",
+    .codes = exitCodes(),
     .completions = "bash zsh",
     .hidden = false,
     .run = run,

@@ -187,8 +187,8 @@ const Command kCrashCommand = {
         "abort, bus, ill, fpe, trap, throw or overflow.\n\n"
         "  --brief   leave the whole text out\n"
         "  --raw     print the bare text, not JSON\n"
-        "  --on      where the child dies: on its main thread (the default) or on that of a queue\n\n"
-        "Exit code 1: there is no such report.\n",
+        "  --on      where the child dies: on its main thread (the default) or on that of a queue\n",
+    .codes = exitCodes(kAnsweredWithError),
     .completions =
         "list show test --to --brief --raw --on segv abort bus ill fpe trap throw overflow main queue "
         "com.tessaradev.Orbel com.tessaradev.OrbelHelper",

@@ -158,9 +158,10 @@ const Command kCryptCommand = {
         "  --raw              print no JSON: digests in hexadecimal, cipher texts in base64, plain texts as "
         "they\n"
         "                     were\n\n"
-        "Exit code 5 also tells that a text can't be decrypted with this key.\n\n"
+        "A text that can't be decrypted with this key counts as one that can't be read.\n\n"
         "example:\n"
         "  zq crypt encrypt 'good morning' --key-file ~/.orbel-key --raw\n",
+    .codes = exitCodes(),
     .completions =
         "digest hmac encrypt decrypt --algorithm --key-file --key-env --raw md5 sha1 sha256 sha384 sha512",
     .hidden = false,

@@ -224,11 +224,10 @@ const Command kDefaultsCommand = {
         "  --type TYPE   string (the default), integer, real, boolean (true or false), date (as\n"
         "                2021-03-04T05:06:07Z), data (in base64), or json for an array or object\n"
         "  --raw         print the bare value\n\n"
-        "Dates and data are printed as such texts; \"type\" tells what they are. Exit code 1: there is no "
-        "such\n"
-        "key.\n\n"
+        "Dates and data are printed as such texts; \"type\" tells what they are.\n\n"
         "example:\n"
         "  zq defaults write windowSize '[800,600]' --type json --to com.tessaradev.Orbel\n",
+    .codes = exitCodes(kAnsweredWithError),
     .completions =
         "read write delete --to --type --raw string integer real boolean date data json com.tessaradev.Orbel "
         "com.tessaradev.OrbelHelper",

@@ -64,6 +64,7 @@ const Command kEmojiCommand = {
         "  --raw                print the bare text, not JSON\n\n"
         "example:\n"
         "  zq emoji strip - --raw <chat.txt >plain.txt\n",
+    .codes = exitCodes(),
     .completions = "strip list --with --raw",
     .hidden = false,
     .run = run,

@@ -44,8 +44,8 @@ const Command kInstallScriptCommand = {
         "usage: zq install-script [--yes]\n\n"
         "The carrier \"script\" runs a script of the user's. This shows the folder it goes into and asks; y\n"
         "confirms, n or the end of the input cancels. An installed script is replaced.\n\n"
-        "  --yes   confirm without being asked\n\n"
-        "Exit codes: 0 installed, 3 not installed (\"status\" tells why).\n",
+        "  --yes   confirm without being asked\n",
+    .codes = exitCodes(kNotDelivered),
     .completions = "--yes",
     .hidden = false,
     .run = run,

@@ -59,8 +59,8 @@ const Command kListCommand = {
     .help =
         "usage: zq list [PATH]\n\n"
         "Prints a JSON array of all requests, or of those with that path: path, type, to whom, the lowest\n"
-        "version that knows it, and the fields of request and response.\n\n"
-        "Exit code 1: no request has that path.\n",
+        "version that knows it, and the fields of request and response.\n",
+    .codes = exitCodes(kAnsweredWithError),
     .completions =
         "translate ocr open hotkey toggle selected/text current/app info launch hotkey/fetch hotkey/handle",
     .hidden = false,

@@ -70,8 +70,9 @@ const Command kListenCommand = {
         "sender's\n"
         "identifier, and \"request\". Says \"listening\" on standard error once it hears.\n\n"
         "  --count N           end after N requests\n"
-        "  --timeout SECONDS   end after that time; exit code 4 if --count was not reached\n\n"
-        "Exit code 3: there is no session bus to hear anything on, or it went.\n",
+        "  --timeout SECONDS   end after that time, which is too early if --count was not reached\n\n"
+        "Without a session bus nothing can be heard; it ends when the bus does.\n",
+    .codes = exitCodes(kNotDelivered, kNoAnswerInTime),
     .completions = "--count --timeout",
     .hidden = false,
     .run = run,

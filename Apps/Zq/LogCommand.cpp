@@ -54,6 +54,7 @@ const Command kLogCommand = {
         "the application, or of zq itself; it holds from the application's next start on. Without N it "
         "prints\n"
         "what is stored; null means the usual level, 7.\n",
+    .codes = exitCodes(),
     .completions = "level --to com.tessaradev.Orbel com.tessaradev.OrbelHelper",
     .hidden = false,
     .run = run,

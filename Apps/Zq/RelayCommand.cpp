@@ -57,8 +57,9 @@ const Command kRelayCommand = {
         "usage: zq relay IDENTIFIER < TEXT\n\n"
         "Hands standard input, unchanged, to the application's command and prints what it answers. The "
         "installed\n"
-        "user script calls it. A failure ends with exit code 3 and \"error NUMBER: TEXT\" on standard "
+        "user script calls it. A failure ends with \"error NUMBER: TEXT\" on standard "
         "error.\n",
+    .codes = exitCodes(kNotDelivered),
     .completions = "com.tessaradev.Orbel com.tessaradev.OrbelHelper",
     .hidden = true,
     .run = run,

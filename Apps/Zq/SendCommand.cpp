@@ -191,11 +191,9 @@ const Command kSendCommand = {
         "  --body-file FILE    the same from a file, - for standard input\n"
         "  --timeout SECONDS   how long to wait, 130 by default\n"
         "  --brief             cut long texts in what is printed\n\n"
-        "Exit codes: 0 answered, 1 the answer holds an error, 2 the command line is wrong, 3 not delivered "
-        "or\n"
-        "not understood (\"status\" tells), 4 no answer in time, 5 a file could not be read.\n\n"
         "example:\n"
         "  zq send hotkey/fetch --to com.tessaradev.OrbelHelper --body '{\"fetchAll\":true}'\n",
+    .codes = exitCodes(kAnsweredWithError, kNotDelivered, kNoAnswerInTime),
     .completions =
         "--to --via --body --body-file --timeout --brief bridge script distributed translate ocr open "
         "hotkey toggle selected/text current/app info launch hotkey/fetch hotkey/handle "
@@ -208,9 +206,10 @@ const Command kInfoCommand = {
     .name = "info",
     .summary = "ask an application who it is",
     .help =
-        "usage: zq info --to IDENTIFIER [--via CARRIER] [--timeout SECONDS]\n\n"
+        "usage: zq info --to IDENTIFIER [--via CARRIER] [--timeout SECONDS] [--brief]\n\n"
         "The same as zq send info: the response's \"server\" holds name, version, build and process "
         "number.\n",
+    .codes = exitCodes(kAnsweredWithError, kNotDelivered, kNoAnswerInTime),
     .completions = "--to --via --timeout --brief com.tessaradev.Orbel com.tessaradev.OrbelHelper",
     .hidden = false,
     .run = runInfo,

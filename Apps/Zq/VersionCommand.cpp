@@ -58,6 +58,7 @@ const Command kVersionCommand = {
         "equal, and a suffix of letters is older than none: 1.0b2 < 1.0 < 1.0.0 < 1.0.1.\n\n"
         "example:\n"
         "  zq version 1.10 1.9      prints {\"a\":\"1.10\",\"b\":\"1.9\",\"order\":1,\"result\":\"newer\"}\n",
+    .codes = exitCodes(),
     .completions = "",
     .hidden = false,
     .run = run,

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,26 @@ constexpr const Command* kCommands[] = {
     &kVersionCommand, &kCryptCommand,    &kRelayCommand,  &kCompletionCommand,
 };
 
+// By number.
+constexpr std::string_view kMeanings[] = {
+    "done",
+    "the answer holds an error, or what was asked for isn't there",
+    "the command line is wrong",
+    "not delivered, not understood or not installed (\"status\" tells), or there is no session bus",
+    "not enough was answered or heard in time",
+    "a file or a text could not be read or written",
+};
+constexpr unsigned kAllCodes = (1U << std::size(kMeanings)) - 1;
+
+std::string textOf(unsigned codes) {
+    std::string text = "\nExit codes:\n";
+    for (std::size_t code = 0; code < std::size(kMeanings); ++code) {
+        if (codes >> code & 1)
+            text.append("  ").append(std::to_string(code)).append("  ").append(kMeanings[code]).append("\n");
+    }
+    return text;
+}
+
 void printOverview(std::FILE* out) {
     std::fputs(
         "zq talks to Orbel and its helper, looks after their settings and crash reports, and lends their "
@@ -36,14 +57,15 @@ void printOverview(std::FILE* out) {
     }
     std::fputs(
         "\nzq COMMAND --help teaches one command.\n"
-        "Exit codes: 0 done, 1 the answer holds an error or what was asked for isn't there, 2 the command "
-        "line\n"
-        "is wrong, 3 the request was not delivered or its answer not understood, 4 no answer in time, 5 a "
-        "file\n"
-        "or a text could not be read.\n"
         "With ZQ_LOG_TO_STDERR set, the lines of the log go to standard error as well where there is no "
         "journal.\n",
         out);
+    std::fputs(textOf(kAllCodes).c_str(), out);
+}
+
+/// Prints what `zq NAME --help` teaches.
+int teach(const Command& command) {
+    return finishWithBytes(std::string(command.help) + textOf(command.codes), false);
 }
 
 }  // namespace
@@ -78,5 +100,5 @@ int main(int argc, char** argv) {
     // Further on it may be a text or an option's value, which the command alone can tell.
     const bool isFirst = words.size() > 1 && words[1] == "--help";
     const int code = isFirst ? zq::kDone : (*command)->run(std::span(words).subspan(1));
-    return isFirst || zq::Arguments::helpIsWanted() ? zq::finishWithBytes((*command)->help, false) : code;
+    return isFirst || zq::Arguments::helpIsWanted() ? zq::teach(**command) : code;
 }

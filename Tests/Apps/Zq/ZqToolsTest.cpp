@@ -7,6 +7,8 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -301,14 +303,24 @@ TEST_F(ZqToolsTest, TeachesAndCompletesEveryWord) {
             .text;
     };
     const std::string commands = offered("''");
-    for (const std::string name : {"send", "defaults", "crash", "case", "emoji", "version", "crypt"}) {
-        EXPECT_NE(commands.find(" " + name + " "), std::string::npos) << name;
+    const std::map<std::string, std::string> codes = {
+        {"send", "012345"},    {"info", "012345"},         {"listen", "02345"},
+        {"list", "0125"},      {"install-script", "0235"}, {"log", "025"},
+        {"defaults", "0125"},  {"crash", "0125"},          {"case", "025"},
+        {"emoji", "025"},      {"version", "025"},         {"crypt", "025"},
+        {"completion", "025"}, {"relay", "0235"}};
+    for (const auto& [name, codesOfIt] : codes) {
+        EXPECT_EQ(commands.find(" " + name + " ") != std::string::npos, name != "relay")
+            << "our scripts' own";
         const auto help = zq({name, "--help"});
         EXPECT_EQ(help.code, 0);
+        std::string told;
+        std::istringstream list(help.text.substr(help.text.find("\nExit codes:\n") + 13));
+        for (std::string line; std::getline(list, line);) told += line.substr(2, 1);
+        EXPECT_EQ(told, codesOfIt) << help.text;
         EXPECT_TRUE(help.text.starts_with("usage: zq " + name)) << name;
         EXPECT_EQ(zq({name, "--nonsense"}).code, 2) << name;
     }
-    EXPECT_EQ(commands.find(" relay "), std::string::npos) << "our scripts' own";
     EXPECT_EQ(offered("crypt de"), " decrypt \n");
     EXPECT_EQ(offered("defaults write key 5 --ty"), " --type \n");
     EXPECT_NE(offered("case x --to ''").find(" kebab "), std::string::npos);
