@@ -23,15 +23,28 @@ using namespace zqcore;
 
 namespace {
 
-/// A launch notification is answered by nothing but a line in the log.
+template <class RequestValue>
+std::string senderOf(const RequestValue& request) {
+    return request.client && request.client->identifier ? *request.client->identifier : "somebody";
+}
+
+// A broadcast is answered by nothing but a line in the log.
+
+struct ServeDistributedInfo : CommonInfoRequest {
+    using CommonInfoRequest::CommonInfoRequest;
+    static void handle(const std::shared_ptr<RequestValue>& request, const ASCompletion& completion) {
+        ZQLogInfo([&] {
+            return senderOf(*request) + " asks who is there: " + ZQInfo::appBundleName() + " " +
+                   ZQInfo::appVersion();
+        });
+        completion(ResponseValue::make());
+    }
+};
+
 struct ServeDistributedLaunch : DistributedLaunchNotification {
     using DistributedLaunchNotification::DistributedLaunchNotification;
     static void handle(const std::shared_ptr<RequestValue>& request, const ASCompletion& completion) {
-        ZQLogInfo([&] {
-            const auto& client = request->client;
-            return "launched by " +
-                   (client && client->identifier ? *client->identifier : std::string("somebody"));
-        });
+        ZQLogInfo([&] { return "launched by " + senderOf(*request); });
         completion(ResponseValue::make());
     }
 };
@@ -39,9 +52,9 @@ struct ServeDistributedLaunch : DistributedLaunchNotification {
 void hearNotifications() {
     DistributedSender::defaultSender()->injectPostHandler(
         [](const std::string& path, const std::string& json) {
-            if (path == DistributedLaunchNotification::path()) {
-                DistributedSender::defaultSender()->handle<ServeDistributedLaunch>(json);
-            }
+            const auto& sender = DistributedSender::defaultSender();
+            if (path == CommonInfoRequest::path()) sender->handle<ServeDistributedInfo>(json);
+            if (path == DistributedLaunchNotification::path()) sender->handle<ServeDistributedLaunch>(json);
         });
 }
 

@@ -1,9 +1,13 @@
 // The command line against the two demonstration servers: real processes over a bus of the test's own.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Classes/Core/Utility/Codable/JSONTool.h"
@@ -53,6 +57,23 @@ class ZqTest : public testing::Test {
             ended.output = JSONTool::decodeToJSONObject(*line).value_or(*line);
         ended.code = process.wait();
         return ended;
+    }
+
+    /// Waits until the helper's log file holds `text`: the lines get there behind the answers.
+    static bool helperLogs(const std::string& text) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (std::chrono::steady_clock::now() < end) {
+            for (const auto& entry :
+                 std::filesystem::recursive_directory_iterator(std::getenv("XDG_DATA_HOME"))) {
+                const std::string path = entry.path();
+                if (!path.ends_with(".log") || path.find("OrbelHelper") == std::string::npos) continue;
+                std::ifstream file(path);
+                const std::string all{std::istreambuf_iterator<char>(file), {}};
+                if (all.find(text) != std::string::npos) return true;
+            }
+            std::this_thread::yield();
+        }
+        return false;
     }
 
     PrivateBus bus_;
@@ -220,6 +241,14 @@ TEST_F(ZqTest, ABroadcastIsHeardOnceListeningIsSaid) {
     ASSERT_TRUE(line && line->asDictionary());
     EXPECT_EQ(*line->asDictionary()->find("from"), Value("com.tessaradev.zq"));
     EXPECT_EQ(listener.wait(), 0);
+}
+
+TEST_F(ZqTest, ARunningServerHearsBroadcasts) {
+    EXPECT_EQ(zq({"info", "--to", kHelper}).code, 0);
+    EXPECT_EQ(zq({"info", "--via", "distributed"}).at({"status"}), Value("posted"));
+    EXPECT_TRUE(helperLogs("com.tessaradev.zq asks who is there: OrbelHelper 0.2.0"));
+    EXPECT_EQ(zq({"send", "launch", "--via", "distributed"}).at({"status"}), Value("posted"));
+    EXPECT_TRUE(helperLogs("launched by com.tessaradev.zq"));
 }
 
 TEST_F(ZqTest, AListenerThatCanNotWriteSaysSoAndEnds) {
