@@ -1,6 +1,7 @@
 #include "Apps/OrbelHelper/HelperHandlers.h"
 
 #include <string>
+#include <utility>
 
 #include "Apps/Common/ServerCommand.h"
 #include "Apps/OrbelHelper/HelperState.h"
@@ -14,8 +15,11 @@ using Code = ASError::Code;
 void ServeOpen::handle(const std::shared_ptr<RequestValue>& request, const ASCompletion& completion) {
     if (!request->body || !request->body->page) return refuse(completion, Code::invalidParameter, "no page");
     auto& state = HelperState::shared();
-    state.page = *request->body->page;
-    ZQLogInfo([&] { return "page " + std::string(caseText(state.page)) + " is open"; });
+    const auto before = std::exchange(state.page, *request->body->page);
+    ZQLogInfo([&] {
+        return "page " + std::string(caseText(state.page)) + " is open, " + std::string(caseText(before)) +
+               " was before";
+    });
     completion(ResponseValue::make());
 }
 

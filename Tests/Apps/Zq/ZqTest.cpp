@@ -163,6 +163,16 @@ TEST_F(ZqTest, TheHelperKeepsItsState) {
     EXPECT_EQ(text.at({"response", "body", "status"}), Value(10)) << "no text was told at the start";
 }
 
+TEST_F(ZqTest, TheHelperRemembersItsPage) {
+    const auto open = [](const std::string& page) {
+        return zq({"send", "open", "--to", kHelper, "--body", R"({"page":")" + page + R"("})"}).code;
+    };
+    EXPECT_EQ(open("preference"), 0);
+    EXPECT_TRUE(helperLogs("page preference is open, main was before"));
+    EXPECT_EQ(open("main"), 0);
+    EXPECT_TRUE(helperLogs("page main is open, preference was before"));
+}
+
 TEST_F(ZqTest, AServerThatCrashesIsStartedAgainAndItsReportIsFound) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "a sanitizer takes the fatal signals for itself";
