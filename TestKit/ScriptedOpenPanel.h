@@ -43,7 +43,6 @@ class ScriptedOpenPanel final {
     void cancel() {
         state_->reply = [](const Shown&) { return std::nullopt; };
     }
-    void keepOpen() { state_->reply = nullptr; }
 
     /// Ends the oldest panel that is open.
     void end(std::optional<platform::NSURL> chosen) {

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <ctime>
 #include <optional>
-#include <string_view>
 
 #include "Platform/Base/Export.h"
 
@@ -17,9 +16,6 @@ class ZQ_EXPORT NSTimeZone final {
     [[nodiscard]] static NSTimeZone timeZoneForSecondsFromGMT(std::int32_t seconds) noexcept {
         return NSTimeZone(seconds);
     }
-    /// "UTC" and "GMT"; absent for the abbreviations whose meaning depends on the country.
-    [[nodiscard]] static std::optional<NSTimeZone> timeZoneWithAbbreviation(
-        std::string_view abbreviation) noexcept;
     [[nodiscard]] static NSTimeZone defaultTimeZone() noexcept { return NSTimeZone(std::nullopt); }
 
     /// The distance from UTC in seconds; absent for the process's own zone, where it changes with the date.

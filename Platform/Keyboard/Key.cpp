@@ -152,8 +152,6 @@ std::span<const Key> allKeys() noexcept { return kKeys; }
 
 int qwertyKeyCode(Key key) noexcept { return row(key).code; }
 
-std::string_view fixedKeyText(Key key) noexcept { return row(key).fixedText; }
-
 std::string_view fixedTextForKeyCode(int keyCode) noexcept {
     for (const Row& candidate : kRows)
         if (candidate.code == keyCode && !candidate.fixedText.empty()) return candidate.fixedText;

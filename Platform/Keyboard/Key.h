@@ -35,9 +35,7 @@ enum class Key : std::uint8_t {
 /// `caret`, `colon`) share their places with others.
 [[nodiscard]] ZQ_EXPORT int qwertyKeyCode(Key key) noexcept;
 
-/// What a key reads as when that doesn't depend on the layout ("↩", "F5", "Space"), or empty.
-[[nodiscard]] ZQ_EXPORT std::string_view fixedKeyText(Key key) noexcept;
-/// The same for the key at a place.
+/// What the key at a place reads as when that doesn't depend on the layout ("↩", "F5", "Space"), or empty.
 [[nodiscard]] ZQ_EXPORT std::string_view fixedTextForKeyCode(int keyCode) noexcept;
 
 /// The character that names the key, by which it is looked for in a layout; empty for keys that have the same

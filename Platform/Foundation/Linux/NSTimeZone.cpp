@@ -2,11 +2,6 @@
 
 namespace zqcore::platform {
 
-std::optional<NSTimeZone> NSTimeZone::timeZoneWithAbbreviation(std::string_view abbreviation) noexcept {
-    if (abbreviation == "UTC" || abbreviation == "GMT") return NSTimeZone(0);
-    return std::nullopt;
-}
-
 std::tm NSTimeZone::calendarTime(std::int64_t secondsSince1970) const noexcept {
     std::tm result{};
     if (seconds_) {

@@ -52,12 +52,6 @@ NSCharacterSet NSCharacterSet::invertedSet() const {
     return characterSetWithRanges(std::move(others));
 }
 
-NSCharacterSet NSCharacterSet::setByFormingUnion(const NSCharacterSet& other) const {
-    auto ranges = ranges_;
-    ranges.insert(ranges.end(), other.ranges_.begin(), other.ranges_.end());
-    return characterSetWithRanges(std::move(ranges));
-}
-
 bool NSCharacterSet::isMemberBeyondASCII(char32_t scalar) const noexcept {
     const auto next = std::ranges::upper_bound(ranges_, scalar, {}, &Range::first);
     return next != ranges_.begin() && scalar <= std::prev(next)->second;

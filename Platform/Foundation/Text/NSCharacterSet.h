@@ -24,20 +24,11 @@ class ZQ_EXPORT NSCharacterSet final {
     /// The scalars of all `ranges`, which may come in any order and overlap. A range whose last comes before
     /// its first is empty.
     [[nodiscard]] static NSCharacterSet characterSetWithRanges(std::vector<Range> ranges);
-    /// General categories L* and M*; with the numbers N* too.
-    [[nodiscard]] static const NSCharacterSet& letterCharacterSet();
-    [[nodiscard]] static const NSCharacterSet& alphanumericCharacterSet();
     /// General category Nd.
     [[nodiscard]] static const NSCharacterSet& decimalDigitCharacterSet();
-    /// General categories P*.
-    [[nodiscard]] static const NSCharacterSet& punctuationCharacterSet();
-    /// U+0009 to U+000D, U+0085, U+200B and general category Z*.
-    [[nodiscard]] static const NSCharacterSet& whitespaceAndNewlineCharacterSet();
 
     /// All other scalars.
     [[nodiscard]] NSCharacterSet invertedSet() const;
-    /// The scalars of either set.
-    [[nodiscard]] NSCharacterSet setByFormingUnion(const NSCharacterSet& other) const;
 
     [[nodiscard]] bool characterIsMember(char32_t scalar) const noexcept {
         if (scalar < 0x80) return (ascii_[scalar / 64] >> scalar % 64 & 1U) != 0;
