@@ -48,9 +48,10 @@ LogRecords::Chunk* LogRecords::takeChunk() {
     Chunk* chunk = nullptr;
     {
         const std::lock_guard lock(poolMutex_);
-        if (!pool_.empty()) {
-            chunk = pool_.back();
-            pool_.pop_back();
+        std::vector<Chunk*>& pool = warm_.empty() ? cold_ : warm_;
+        if (!pool.empty()) {
+            chunk = pool.back();
+            pool.pop_back();
         }
     }
     if (!chunk) {
@@ -130,12 +131,13 @@ void LogRecords::retireTo(Place place) {
 
 void LogRecords::recycle(Chunk* chunk) {
     const std::lock_guard lock(poolMutex_);
-    if (pool_.size() < kWarmChunks) {
+    if (warm_.size() < kWarmChunks) {
         std::memset(chunk->bytes, 0, kMapped);
+        warm_.push_back(chunk);
     } else {
         ::madvise(chunk->bytes, kMapped, MADV_DONTNEED);
+        cold_.push_back(chunk);
     }
-    pool_.push_back(chunk);
 }
 
 void LogRecords::abandon() {

@@ -106,7 +106,10 @@ class LogRecords final {
     Place last_;  // what `next` gave last
     Place oldest_;
     std::mutex poolMutex_;
-    std::vector<Chunk*> pool_;
+    // Empty chunks, with their pages and without. The warm ones go first, or one large burst would leave its
+    // cold chunks to every later one.
+    std::vector<Chunk*> warm_;
+    std::vector<Chunk*> cold_;
 };
 
 }  // namespace zqcore::platform
