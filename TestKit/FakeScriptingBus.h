@@ -22,6 +22,7 @@ class FakeScriptingBus final : public platform::ScriptingBus {
     bool installed = true;
     bool running = true;
     bool hasCommand = true;
+    bool takesPosts = true;
     /// What a command gives; by default its own text.
     std::function<std::expected<Answer, platform::NSError>(std::string_view text)> answer =
         [](std::string_view text) { return Answer(std::string(text)); };
@@ -63,7 +64,7 @@ class FakeScriptingBus final : public platform::ScriptingBus {
     bool broadcast(const platform::NSDistributedNotification& notification) override {
         const std::lock_guard lock(mutex_);
         posts_.push_back(notification);
-        return true;
+        return takesPosts;
     }
     std::shared_ptr<void> listen(const std::string& name, NotificationHandler handler) override {
         const std::lock_guard lock(mutex_);

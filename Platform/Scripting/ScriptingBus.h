@@ -33,13 +33,15 @@ enum class ScriptingServeStatus { serving, invalidIdentifier, nameTaken, noBus }
 /// "com.tessara.ZQCore.Scripting.Error.NoResult".
 /// Security: the session bus takes connections of its own user only; beside that, a command from a process of
 /// another user is refused here, by the user number that the bus tells. What arrives is checked: texts are
-/// UTF-8 without NUL and at most 100 MiB, memory files are sealed.
-/// Time: a call waits 120 seconds at most. Threads: every operation from any; all but `broadcast` may
-/// block for a round trip. Lifetime: it connects at first use, and again after the bus was lost, when it
-/// also claims again what was served. While something is served or listened for it looks for a bus by itself:
-/// after 0.1, 0.2, 0.4 ... 25.6 seconds, and every 25.6 seconds from then on.
-/// Failure: a scripting error (-600 not there, -609 no bus, -1708 no such command, -1712 no answer, -1715
-/// refused text, -1743 not permitted) whose text keeps the bus's own words; never a hang.
+/// UTF-8 without NUL and at most 100 MiB, memory files are sealed. A notification's dictionary has at most
+/// 64 MiB, the largest array of a message (D-Bus specification, "Container types").
+/// Time: a call waits 120 seconds at most. Threads: every operation from any, and each may block for a round
+/// trip; `broadcast` does on a new connection and behind a full socket only. Lifetime: it connects at first
+/// use, and again after the bus was lost, when it also claims again what was served. While something is
+/// served or listened for it looks for a bus by itself: after 0.1, 0.2, 0.4 ... 25.6 seconds, and every 25.6
+/// seconds from then on. Failure: a scripting error (-600 not there, -609 no bus, -1708 no such command,
+/// -1712 no answer, -1715 refused text, -1743 not permitted) whose text keeps the bus's own words; never a
+/// hang.
 class ZQ_EXPORT ScriptingBus {
   public:
     /// The text that a command gave; absent if it ended without one.
@@ -80,7 +82,8 @@ class ZQ_EXPORT ScriptingBus {
     /// was lost and none has come up in its place after 1.5 seconds. The process goes on looking for one.
     virtual void whenGone(std::function<void()> handler) = 0;
 
-    /// Sends a notification to everyone, this process included. False if it couldn't be handed to the bus.
+    /// Sends a notification to everyone, this process included. False if it couldn't be handed to the bus:
+    /// there is none, or no message can hold it.
     virtual bool broadcast(const NSDistributedNotification& notification) = 0;
     /// Calls `handler` for every notification of that name, in each sender's order, on a thread of the bus,
     /// until the last reference to the result goes.

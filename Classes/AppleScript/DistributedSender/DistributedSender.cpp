@@ -36,13 +36,13 @@ void DistributedSender::injectPostHandler(PostHandler handler) {
     postHandler_.swap(handler);
 }
 
-void DistributedSender::post(const ASRequestCarrier& request) const {
-    if (ZQInfo::appSandboxed()) return;
+bool DistributedSender::tryPost(const ASRequestCarrier& request) const {
+    if (ZQInfo::appSandboxed()) return false;
     request.prepare();
     auto json = request.encode();
-    if (!json) return;
+    if (!json) return false;
     ZQLogInfo([&] { return "DistributedSender 发送通知：" + *json; });
-    NSDistributedNotificationCenter::defaultCenter().postNotificationName(
+    return NSDistributedNotificationCenter::defaultCenter().postNotificationName(
         std::string(kPostNotification), ZQInfo::appIdentifier(),
         ValueDictionary{{"request", std::move(*json)}});
 }

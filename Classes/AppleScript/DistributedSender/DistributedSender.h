@@ -19,10 +19,11 @@ struct NSDistributedNotification;
 namespace zqcore {
 
 /// Broadcasts a typed request to every process that listens. There is no answer and no report: the request's
-/// `responseValue` stays empty. Threads: `post` and `handle` work on the caller's; notifications arrive one
-/// at a time on the serial queue "com.tessara.distributed.queue", and the post handler runs there too.
-/// Lifetime: the one sender lives, and listens, from its first use to the end of the process. Failure:
-/// silent; a malformed notification is dropped, and a handler that throws is told in the log.
+/// `responseValue` stays empty. Threads: `post` and `handle` work on the caller's; a post waits
+/// for the bus only while the connection is new or its socket full. Notifications arrive one at a time on the
+/// serial queue "com.tessara.distributed.queue", and the post handler runs there too. Lifetime: the one
+/// sender lives, and listens, from its first use to the end of the process. Failure: silent; a malformed
+/// notification is dropped, and a handler that throws is told in the log.
 class ZQ_EXPORT DistributedSender final : public std::enable_shared_from_this<DistributedSender> {
   public:
     /// Takes a request's path and its JSON text.
@@ -43,7 +44,14 @@ class ZQ_EXPORT DistributedSender final : public std::enable_shared_from_this<Di
     /// Prepares `request` and sends it to everyone. Does nothing at all in a sandboxed process.
     template <ASRequest R>
     void post(const std::shared_ptr<R>& request) const {
-        post(ASRequestCarrier(request));
+        static_cast<void>(tryPost(request));
+    }
+    /// The same, and gives whether the bus took it: for whoever reports to a person. Not from a sandboxed
+    /// process, nor without a bus, nor with a request that can't be written or is too large for a
+    /// notification. Whether anyone heard it nobody knows.
+    template <ASRequest R>
+    [[nodiscard]] bool tryPost(const std::shared_ptr<R>& request) const {
+        return tryPost(ASRequestCarrier(request));
     }
 
     /// Decodes `json` for `H` and has it handle the request on this thread; a response is dropped. For the
@@ -58,7 +66,7 @@ class ZQ_EXPORT DistributedSender final : public std::enable_shared_from_this<Di
     DistributedSender();
     void listen();
     static void callHandler(const std::function<void()>& call);
-    void post(const ASRequestCarrier& request) const;
+    [[nodiscard]] bool tryPost(const ASRequestCarrier& request) const;
     void receive(const NSDistributedNotification& notification);
     void handlePostNotification(const NSDistributedNotification& notification);
 

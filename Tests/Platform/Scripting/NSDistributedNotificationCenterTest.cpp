@@ -114,6 +114,7 @@ TEST_F(NSDistributedNotificationCenterTest, WhatNoMessageCanHoldIsNotPosted) {
     EXPECT_FALSE(post("a.b", ValueDictionary{{"\xff", 1}}));
     EXPECT_FALSE(post("a.b", std::move(deep)));
     EXPECT_FALSE(post("a.b", std::nullopt, "\xff"));
+    EXPECT_FALSE(post("a.b", ValueDictionary{{"too large", Data(std::string(64 << 20, 'a'))}}));
     EXPECT_FALSE(center.addObserver("it's", queue, nullptr)) << "a quote can't be matched";
     const auto observation = observe();
     EXPECT_TRUE(post("still alive", std::nullopt));

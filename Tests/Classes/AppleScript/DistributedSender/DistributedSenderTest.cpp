@@ -160,6 +160,17 @@ TEST_F(DistributedSenderTest, SandboxedProcessesPostNothingAndPrepareNothing) {
     EXPECT_TRUE(capture.silent()) << capture;
 }
 
+TEST_F(DistributedSenderTest, WhoeverAsksIsToldWhetherThePostWasTaken) {
+    const auto request = DistributedLaunchNotification::make();
+    EXPECT_TRUE(sender->tryPost(request));
+    EXPECT_FALSE(sender->tryPost(std::shared_ptr<DistributedLaunchNotification>()));
+    bus().takesPosts = false;
+    EXPECT_FALSE(sender->tryPost(request));
+    bus().takesPosts = true;
+    const FakeBundle sandboxed({{"CFBundleIdentifier", "a.b"}, {"ZQCore_sandboxed", true}});
+    EXPECT_FALSE(sender->tryPost(request));
+}
+
 TEST_F(DistributedSenderTest, HandleDecodesForTheType) {
     KeepingRequest::handled.clear();
     sender->handle<KeepingRequest>(R"({"requestId":"7"})");
