@@ -18,7 +18,6 @@ using MakeResponse = std::function<std::shared_ptr<ASResponseModel>()>;
 /// latest. `resumed` is read and written on the queue alone.
 struct Pending {
     std::shared_ptr<ASBaseRequestCommand> command;
-    std::optional<std::string> requestId;
     bool resumed = false;
 
     /// On the queue. The first answer wins; a later one isn't even built.
