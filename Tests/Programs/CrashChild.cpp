@@ -5,9 +5,9 @@
 //   WHERE: main (default), thread, queue
 //   OPTION: earlier (handlers installed before ours), said=N (N lines go to the log just before the death),
 //           stalled (its outputs take no line from then on), bad-log (the pending log writer crashes),
-//           hung-log (it never returns), impatient (50 ms a section), log=TEXT (it writes that), busy (other
-//           threads stand about), time (prints how long the handler took for a segv), path=DIR (the capture
-//           alone, into that directory, without the library)
+//           hung-log (it never returns), impatient (half a second a section), log=TEXT (it writes that), busy
+//           (other threads stand about), time (prints how long the handler took for a segv), path=DIR (the
+//           capture alone, into that directory, without the library)
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -244,7 +244,7 @@ int main(int argc, char** argv) {
         if (option == "stalled") stalled = true;
         if (option.starts_with("said=")) said = std::stoi(option.substr(5));
         if (option == "hung-log") configuration.setPendingLogWriter(writeNever);
-        if (option == "impatient") configuration.setSectionTimeLimit(std::chrono::milliseconds(50));
+        if (option == "impatient") configuration.setSectionTimeLimit(std::chrono::milliseconds(500));
         if (option.starts_with("log=")) {
             pendingText = option.substr(4);
             configuration.setPendingLogWriter(writeText);

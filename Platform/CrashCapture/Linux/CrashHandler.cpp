@@ -4,7 +4,6 @@
 
 #include <cxxabi.h>
 #include <sys/syscall.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <array>
@@ -68,14 +67,13 @@ std::uint64_t faultAddress(const siginfo_t& info) noexcept {
 
 // A section may hang as well as crash: on a lock that the crashed thread held, say.
 void onTimeLimit(int signal, siginfo_t* info, void* context) noexcept {
-    const int owner = reporter.load();
-    if (owner == currentThread()) {
-        if (inSection) escapeSection(signal, *info, context);
-    } else if (owner != 0) {
-        syscall(SYS_tgkill, getpid(), owner, SIGALRM);
-    }
+    if (inSection && reporter.load() == currentThread()) escapeSection(signal, *info, context);
 }
 
+/// The alarm of the thread that made it. The kernel rings at that thread and at no other, and what has rung
+/// is delivered before `stop` returns: no alarm comes late, into a later section or after the report, where
+/// it would end the process in place of the signal that it dies of. Failure: where the user has no timer
+/// left, sections run without a limit.
 class TimeLimit final {
   public:
     explicit TimeLimit(std::chrono::milliseconds limit) noexcept : limit_(limit) {
@@ -87,43 +85,56 @@ class TimeLimit final {
         sigemptyset(&alarm);
         sigaddset(&alarm, SIGALRM);
         pthread_sigmask(SIG_UNBLOCK, &alarm, &earlierMask_);
+        sigevent event{};
+        event.sigev_notify = SIGEV_THREAD_ID;
+        event.sigev_signo = SIGALRM;
+        event._sigev_un._tid = currentThread();
+        // The C library's own function may allocate.
+        exists_ = syscall(SYS_timer_create, CLOCK_MONOTONIC, &event, &timer_) == 0;
     }
     ~TimeLimit() {
-        set({});
+        if (exists_) syscall(SYS_timer_delete, timer_);
         pthread_sigmask(SIG_SETMASK, &earlierMask_, nullptr);
         sigaction(SIGALRM, &earlierAction_, nullptr);
     }
     TimeLimit(const TimeLimit&) = delete;
     TimeLimit& operator=(const TimeLimit&) = delete;
 
-    void restart() noexcept { set(limit_); }
+    void start() const noexcept { set(limit_); }
+    void stop() const noexcept { set({}); }
 
   private:
-    static void set(std::chrono::milliseconds limit) noexcept {
-        itimerval timer{};
-        timer.it_value.tv_sec = static_cast<time_t>(limit.count() / 1000);
-        timer.it_value.tv_usec = static_cast<suseconds_t>(limit.count() % 1000 * 1000);
-        setitimer(ITIMER_REAL, &timer, nullptr);
+    void set(std::chrono::milliseconds limit) const noexcept {
+        if (!exists_) return;
+        itimerspec time{};
+        time.it_value.tv_sec = static_cast<time_t>(limit.count() / 1000);
+        time.it_value.tv_nsec = static_cast<long>(limit.count() % 1000 * 1'000'000);
+        syscall(SYS_timer_settime, timer_, 0, &time, nullptr);
     }
 
     std::chrono::milliseconds limit_;
     struct sigaction earlierAction_ {};
     sigset_t earlierMask_{};
+    // As the kernel numbers its timers.
+    int timer_ = 0;
+    bool exists_ = false;
 };
 
 // Runs the sections in order. One that faults costs its own content and nothing else.
-void runSections(TimeLimit& limit) noexcept {
+void runSections(const TimeLimit& limit) noexcept {
     std::size_t count = 0;
     const ReportSection* sections = reportSections(count);
     for (sectionIndex = 0; sectionIndex < count; ++sectionIndex) {
         sectionDepth = reportDepth();
         sectionName = sections[sectionIndex].name;
-        limit.restart();
+        limit.start();
         if (sigsetjmp(sectionEscape, 1) == 0) {
             inSection = 1;
             sections[sectionIndex].write();
             inSection = 0;
+            limit.stop();
         } else {
+            limit.stop();
             abandonSection(sectionDepth, fault);
         }
     }
@@ -132,7 +143,7 @@ void runSections(TimeLimit& limit) noexcept {
 void writeReport() noexcept {
     const HandlerConfiguration* settings = configuration.load();
     if (!settings || beginReport(*settings, facts) < 0) return;
-    TimeLimit limit(settings->sectionTimeLimit);
+    const TimeLimit limit(settings->sectionTimeLimit);
     runSections(limit);
     endReport();
 }

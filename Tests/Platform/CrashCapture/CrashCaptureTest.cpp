@@ -248,13 +248,14 @@ TEST_F(CrashCapture, KeepsTheNewestFiveOfManyCrashes) {
 
 TEST_F(CrashCapture, SurvivesACrashAndAHangOfItsOwn) {
     struct Case {
-        const char* option;
+        std::vector<std::string> options;
         const char* signal;
     };
-    for (const auto& [option, signal] : {Case{"bad-log", "SIGSEGV"}, Case{"hung-log", "(null)"}}) {
-        SCOPED_TRACE(option);
+    for (const auto& [options, signal] :
+         {Case{{"bad-log"}, "SIGSEGV"}, Case{{"hung-log", "impatient"}, "(null)"}}) {
+        SCOPED_TRACE(options.front());
         // A fault of the same kind as the first: the one that a signal handler doesn't meet by itself.
-        EXPECT_EQ(die("segv", "queue", {option, "impatient"}), -SIGSEGV);
+        EXPECT_EQ(die("segv", "queue", options), -SIGSEGV);
         const Value::Dictionary found = report();
         const ReportFields fields(&found);
         EXPECT_EQ(found.find("incomplete"), nullptr);
