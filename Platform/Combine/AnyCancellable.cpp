@@ -26,7 +26,7 @@ class Subscription final : public NSObject {
 }  // namespace
 
 AnyCancellable::AnyCancellable(std::move_only_function<void()> action)
-    : object_(std::make_shared<Subscription>(std::move(action))) {}
+    : object_(makeObject<Subscription>(std::move(action))) {}
 
 void AnyCancellable::cancel() const {
     // Held, since the action may end the place that this one lies in.

@@ -16,7 +16,7 @@ class AnyPublisher;
 
 /// Something that gives values of type `T`, for ever and without failure, to who subscribed.
 /// Threads: subscribing from any; values come on the thread that sends them unless `receive` says where.
-/// Lifetime: a subscription keeps what it needs of the publisher; it ends with its `AnyCancellable`. After a
+/// Lifetime: a subscription ends with its `AnyCancellable`; it doesn't keep what sends the values. After a
 /// cancel on the delivering thread or queue no value follows; elsewhere one may be under way.
 template <class T>
 class Publisher {

@@ -50,12 +50,16 @@ class SubscriberList {
     std::mutex mutex;
     std::vector<Subscription> subscriptions;
 
-    [[nodiscard]] static AnyCancellable cancellable(std::shared_ptr<SubscriberList> list,
-                                                    Subscription subscription) {
-        return AnyCancellable([list = std::move(list), subscription = std::move(subscription)] {
-            subscription->cancel();
-            const std::lock_guard lock(list->mutex);
-            std::erase(list->subscriptions, subscription);
+    [[nodiscard]] static AnyCancellable cancellable(const std::shared_ptr<SubscriberList>& list,
+                                                    const Subscription& subscription) {
+        // The subject alone keeps its subscribers: a receiver may hold what holds its own subscription.
+        return AnyCancellable([weakList = std::weak_ptr(list), weak = std::weak_ptr(subscription)] {
+            const auto kept = weak.lock();
+            const auto keptList = weakList.lock();
+            if (kept) kept->cancel();
+            if (!kept || !keptList) return;
+            const std::lock_guard lock(keptList->mutex);
+            std::erase(keptList->subscriptions, kept);
         });
     }
 };
@@ -63,7 +67,7 @@ class SubscriberList {
 }  // namespace combine
 
 /// A publisher that is fed by hand and keeps nothing. Threads: any; values are delivered on the thread that
-/// sends. Lifetime: subscriptions outlive it and then simply stay silent.
+/// sends. Lifetime: it keeps its receivers; subscriptions may outlive it and then simply stay silent.
 template <class T>
 class PassthroughSubject final : public Publisher<T> {
   public:
@@ -80,7 +84,7 @@ class PassthroughSubject final : public Publisher<T> {
             const std::lock_guard lock(list_->mutex);
             list_->subscriptions.push_back(subscription);
         }
-        return combine::SubscriberList<T>::cancellable(list_, std::move(subscription));
+        return combine::SubscriberList<T>::cancellable(list_, subscription);
     }
 
   private:
@@ -101,10 +105,13 @@ class CurrentValueSubject final : public Publisher<T> {
     }
     void setValue(const T& value) { send(value); }
 
-    /// Sets the value, then delivers it; a receiver that asks for the value finds the new one.
+    /// Sets the value, then delivers it; a receiver that asks for the value finds the new one. The earlier
+    /// value ends last of all.
     void send(const T& value) {
+        // Copied and ended outside the lock: what belongs to a value may come back to this subject.
+        T other = value;
         std::unique_lock lock(list_->mutex);
-        value_ = value;
+        std::swap(value_, other);
         const std::uint64_t version = ++version_;
         const auto subscriptions = list_->subscriptions;
         lock.unlock();
@@ -119,7 +126,7 @@ class CurrentValueSubject final : public Publisher<T> {
         const std::uint64_t version = version_;
         lock.unlock();
         subscription->deliver(value, version);
-        return combine::SubscriberList<T>::cancellable(list_, std::move(subscription));
+        return combine::SubscriberList<T>::cancellable(list_, subscription);
     }
 
   private:

@@ -68,6 +68,25 @@ TEST(WillDeallocSignalTest, DisposedSubscriptionsLeaveNothingOnTheObject) {
     EXPECT_EQ(held.use_count(), 1);
 }
 
+TEST(WillDeallocSignalTest, CompletesForTheObjectOfASubscriptionToo) {
+    int completed = 0;
+    AnyCancellable subscription([] {});
+    rac_willDeallocSignal(subscription.object()).subscribeCompleted([&] { ++completed; });
+    subscription.cancel();
+    EXPECT_EQ(completed, 0) << "cancelled, but still there";
+    subscription = {};
+    EXPECT_EQ(completed, 1);
+}
+
+TEST(RACSignalTest, TheEndOfTheSourceEndsWhatItsSubscribersHold) {
+    const auto held = std::make_shared<int>();
+    auto source = std::make_shared<CurrentValueSubject<int>>(1);
+    RACSignal<int>::valuesOf(source).distinctUntilChanged().subscribeNext([held](const int&) {});
+    EXPECT_GT(held.use_count(), 1) << "what `subscribeNext` gave was dropped, the subscription goes on";
+    source.reset();
+    EXPECT_EQ(held.use_count(), 1);
+}
+
 TEST(RACSignalTest, TakeUntilEndsOnTheTriggersValueOrCompletion) {
     const auto source = std::make_shared<CurrentValueSubject<int>>(1);
     const auto stop = std::make_shared<CurrentValueSubject<int>>(0);

@@ -4,6 +4,7 @@
 
 #include <set>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Classes/Core/Utility/PublisherExtension.h"
@@ -54,6 +55,24 @@ TEST(SubjectTest, SubscribersMaySendCancelAndSubscribeWhileTheyReceive) {
     EXPECT_EQ(after, (Values{0, 2})) << "never back to an older value";
     subject.send(3);
     EXPECT_EQ(after.back(), 3);
+}
+
+TEST(SubjectTest, AnEarlierValueMayComeBackToItsSubjectAsItEnds) {
+    struct Model {
+        CurrentValueSubject<std::shared_ptr<Model>>& subject;
+        AnyCancellable subscription;
+        ~Model() {
+            subscription.cancel();
+            EXPECT_EQ(subject.value(), nullptr);
+        }
+    };
+    CurrentValueSubject<std::shared_ptr<Model>> subject(nullptr);
+    auto model = std::make_shared<Model>(subject, subject.sink([](const auto&) {}));
+    const std::weak_ptr<Model> watched = model;
+    subject.send(std::exchange(model, nullptr));
+    EXPECT_FALSE(watched.expired());
+    subject.send(nullptr);
+    EXPECT_TRUE(watched.expired());
 }
 
 TEST(SubjectTest, EverySubscriberEndsWithTheValueThatTheSubjectHolds) {
