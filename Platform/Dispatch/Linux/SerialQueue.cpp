@@ -130,6 +130,8 @@ void SerialQueue::passOn() {
 }
 
 void SerialQueue::sync(const std::function<void()>& block) {
+    // The block may drop the last reference from outside.
+    const auto self = shared_from_this();
     ownNowOrWait();
     WorkerPool::holdForeignRun(1);
     {

@@ -153,6 +153,19 @@ TEST_F(DispatchQueueTest, SyncOnABusyQueueTakesItsTurnOnTheCallingThread) {
     EXPECT_EQ(order, (std::vector{1, 2, 3, 4}));
 }
 
+TEST_F(DispatchQueueTest, SyncKeepsItsQueueToTheEnd) {
+    const std::weak_ptr<DispatchQueue> watched = queue_;
+    bool laterRan = false;
+    queue_->sync([&] {
+        queue_->async([&] { laterRan = true; });
+        queue_.reset();
+        EXPECT_FALSE(watched.expired());
+    });
+    clock_.waitUntilQuiet();
+    EXPECT_TRUE(laterRan);
+    EXPECT_TRUE(watched.expired());
+}
+
 TEST_F(DispatchQueueTest, QualitiesKeepTheirNumbers) {
     using enum DispatchQoS;
     EXPECT_EQ(queue_->qos(), userInitiated);
