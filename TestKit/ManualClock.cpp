@@ -36,7 +36,9 @@ void ManualClock::advance(Duration step) {
         runWhatIsDue();
         const Duration left = end - now().sinceStart;
         if (left <= Duration::zero()) return;
-        now_ += std::min(left, ClockDriver::timeToNext().value_or(left)).count();
+        // Another thread may have added one that is over already; time stands still for it.
+        const Duration next = ClockDriver::timeToNext().value_or(left);
+        now_ += std::clamp(next, Duration::zero(), left).count();
     }
 }
 

@@ -22,8 +22,8 @@ class ZQ_EXPORT ClockDriver final {
     /// Submits the earliest deadline to its queue if it is due. Gives whether there was one.
     static bool submitNextDue();
     /// Returns when no block is ready or runs on any queue; the caller's own and threads in a
-    /// `DispatchBlockingScope` count as quiet. On the main thread it runs the main queue's blocks; elsewhere
-    /// that queue is left out. Under any clock.
+    /// `DispatchBlockingScope` count as quiet, and so does what waits for a thread behind them. On the main
+    /// thread it runs the main queue's blocks; elsewhere that queue is left out. Under any clock.
     static void waitUntilQuiet();
 };
 

@@ -291,9 +291,8 @@ std::size_t WorkerPool::workersOnProcessor() {
 
 // Quietness, for the clock driver.
 
-bool WorkerPool::isQuiet() const noexcept {
-    return active_ == 0 && serialReady_ + globalReady_ == 0 && foreignRuns_ == 0;
-}
+// A global block that waits behind as many as may be under way can't move: they all wait for something.
+bool WorkerPool::isQuiet() const noexcept { return active_ == 0 && !runnable() && foreignRuns_ == 0; }
 
 void WorkerPool::noteQuiet() noexcept {
     if (observers_ != 0 && isQuiet()) quiet_.notify_all();

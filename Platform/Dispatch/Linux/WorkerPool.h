@@ -56,7 +56,8 @@ class WorkerPool final {
     // For the clock driver.
 
     /// Code runs on behalf of a queue, or is about to, on a thread that no worker count covers: inside
-    /// `sync`, or on its way back from one. Counted before it can run and until it can't go on.
+    /// `sync`, or on its way back from one, or on a queue with a thread of its own. Counted before it can run
+    /// and until it can't go on.
     void beginForeignRun() noexcept { foreignRuns_.fetch_add(1); }
     void endForeignRun() noexcept;
     /// The same for the time of a block's run on the calling thread, which doesn't wait for itself.

@@ -13,6 +13,7 @@
 
 #include "Platform/Base/Clock.h"
 #include "Platform/Dispatch/Linux/CurrentQueue.h"
+#include "Platform/Dispatch/Linux/WorkerPool.h"
 #include "Platform/Dispatch/Linux/WorkerThread.h"
 #include "Platform/Lumberjack/DDLogger.h"
 
@@ -39,6 +40,15 @@ std::int64_t monotonicNanoseconds() noexcept {
 int threadNumber() noexcept { return static_cast<int>(::syscall(SYS_gettid)); }
 
 constexpr std::uint32_t aligned(std::size_t size) { return static_cast<std::uint32_t>((size + 7) & ~7UL); }
+
+// Runs what `async` has counted as a foreign run.
+void runCounted(std::unique_ptr<DispatchBlock> work) {
+    WorkerPool::holdForeignRun(1);
+    (*work)();
+    work.reset();
+    WorkerPool::holdForeignRun(-1);
+    WorkerPool::shared().endForeignRun();
+}
 
 // For those who must not make the queue: null until it is first used.
 std::atomic<LogQueue*> used{nullptr};
@@ -123,6 +133,8 @@ LogRecord* LogQueue::fill(std::uint32_t size, LogOutputs* outputs, const LogCall
 }
 
 void LogQueue::async(DispatchBlock block) {
+    // A stepped clock waits for blocks, which its deadlines may stand behind, though not for lines.
+    WorkerPool::shared().beginForeignRun();
     putBlock(std::move(block), nullptr);
     wake();
 }
@@ -226,9 +238,13 @@ void LogQueue::drain(const OneShotSignal* until, std::size_t limit) {
 void LogQueue::handle(LogRecord& record) {
     if (record.kind == LogRecord::Kind::work) {
         flushOutputs(Retire::earlier);
-        const std::unique_ptr<DispatchBlock> work(static_cast<DispatchBlock*>(record.body));
+        std::unique_ptr<DispatchBlock> work(static_cast<DispatchBlock*>(record.body));
         record.body = nullptr;
-        (*work)();
+        if (record.done) {
+            (*work)();
+        } else {
+            runCounted(std::move(work));
+        }
     } else {
         if (written_ != record.outputs) flushOutputs(Retire::earlier);
         std::string_view text(record.text(), record.textSize);

@@ -92,6 +92,33 @@ TEST_F(ClockDriverTest, ABlockThatReturnsFromAMainSyncIsUnderWayAgain) {
     }
 }
 
+TEST_F(ClockDriverTest, WhatFindsNoRoomBehindBlockedBlocksIsNotWaitedFor) {
+    constexpr int kLimit = WorkerPool::kGlobalLimit;
+    std::latch allHere(kLimit);
+    std::latch released(1);
+    std::latch ended(kLimit);
+    for (int i = 0; i < kLimit; ++i) {
+        DispatchQueue::global()->async([&] {
+            {
+                const DispatchBlockingScope scope;
+                allHere.count_down();
+                released.wait();
+            }
+            ended.count_down();
+        });
+    }
+    allHere.wait();
+    std::atomic<bool> ran{false};
+    DispatchQueue::global()->async([&] { ran = true; });
+    startWaiting();
+    EXPECT_TRUE(waiterReturned());
+    EXPECT_FALSE(ran);
+    released.count_down();
+    ended.wait();
+    ClockDriver::waitUntilQuiet();
+    EXPECT_TRUE(ran);
+}
+
 TEST_F(ClockDriverTest, WaitingInsideASyncDoesNotWaitForItself) {
     int order = 0;
     const auto other = DispatchQueue::serial("test.other");
