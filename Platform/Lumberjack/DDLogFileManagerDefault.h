@@ -29,7 +29,8 @@ struct DDLogFileInfo {
 
 /// Names the log files of one directory and keeps their count and size within limits. A log file is named
 /// NAME, blank, "yyyy-MM-dd--HH-mm-ss-SSS" (UTC), ".log", with " 2", " 3" and so on before the end if that is
-/// taken; nothing else in the directory is ever touched. The mark of an archived file is its extended
+/// taken; nothing else in the directory is ever touched. The newest file that is not archived may be being
+/// written: it counts as the newest of all and is never deleted. The mark of an archived file is its extended
 /// attribute "user.lumberjack.log.archived". Threads: any. Lifetime: held by `std::shared_ptr`. Failure: what
 /// can't be read counts as not there.
 class ZQ_EXPORT DDLogFileManagerDefault final : public std::enable_shared_from_this<DDLogFileManagerDefault> {

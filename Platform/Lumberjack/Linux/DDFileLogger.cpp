@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -35,12 +36,16 @@ DDFileLogger::~DDFileLogger() {
 void DDFileLogger::logMessage(const DDLogMessage& message) {
     const auto line = formatted(message);
     if (!line || line->empty()) return;
-    if (buffer_.empty()) prepare();
+    if (buffer_.empty()) {
+        prepare();
+        if (torn_) buffer_ = '\n';
+    }
     buffer_ += *line;
     if (buffer_.back() != '\n') buffer_ += '\n';
     if (size_ + buffer_.size() >= maximumFileSize) {
         flush();
-        roll();
+        // On a full disk it may not have got there.
+        if (size_ >= maximumFileSize) roll();
     } else if (buffer_.size() >= kBufferLimit) {
         flush();
     }
@@ -54,6 +59,7 @@ void DDFileLogger::flush() {
         if (count <= 0) break;
         at += static_cast<std::size_t>(count);
         size_ += static_cast<std::uint64_t>(count);
+        torn_ = buffer_[at - 1] != '\n';
     }
     buffer_.clear();
     if (buffer_.capacity() > 2 * kBufferLimit) buffer_.shrink_to_fit();
@@ -76,14 +82,14 @@ bool DDFileLogger::fileIsThere() {
 void DDFileLogger::open() {
     const Date now = Clock::current().wallNow();
     const auto infos = manager_->sortedLogFileInfos();
-    if (!infos.empty() && !infos[0].isArchived) {
-        const DDLogFileInfo& newest = infos[0];
-        if (newest.fileSize < maximumFileSize && now - newest.creationDate < rollingFrequency) {
-            file_ = ::open(newest.path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
-            path_ = newest.path;
-            creationDate_ = newest.creationDate;
+    const auto current = std::ranges::find(infos, false, &DDLogFileInfo::isArchived);
+    if (current != infos.end()) {
+        if (current->fileSize < maximumFileSize && now - current->creationDate < rollingFrequency) {
+            file_ = ::open(current->path.c_str(), O_RDWR | O_APPEND | O_CLOEXEC);
+            path_ = current->path;
+            creationDate_ = current->creationDate;
         } else {
-            manager_->markArchived(newest.path);
+            manager_->markArchived(current->path);
         }
     }
     if (file_ < 0) {
@@ -98,6 +104,8 @@ void DDFileLogger::open() {
     size_ = static_cast<std::uint64_t>(status.st_size);
     device_ = status.st_dev;
     node_ = status.st_ino;
+    char last = '\n';
+    torn_ = size_ > 0 && ::pread(file_, &last, 1, status.st_size - 1) == 1 && last != '\n';
     startAgeTimer();
 }
 

@@ -138,7 +138,12 @@ void DDLogFileManagerDefault::startCleanUp() {
 void DDLogFileManagerDefault::cleanUp() {
     std::error_code error;
     std::filesystem::create_directories(directory_, error);
-    const auto infos = sortedLogFileInfos();
+    auto infos = sortedLogFileInfos();
+    // The one that may be being written counts as the newest of all. Its date needn't be: where the clock was
+    // set back, archived files carry later ones.
+    const auto current = std::ranges::find(infos, false, &DDLogFileInfo::isArchived);
+    const bool keepsFirst = current != infos.end();
+    if (keepsFirst) std::rotate(infos.begin(), current, current + 1);
     std::size_t first = infos.size();
     if (const std::uint64_t quota = quota_; quota > 0) {
         std::uint64_t sum = 0;
@@ -148,9 +153,7 @@ void DDLogFileManagerDefault::cleanUp() {
         }
     }
     if (const std::uint64_t count = maximumCount_; count > 0) first = std::min<std::size_t>(first, count);
-    // The newest may be being written.
-    if (first == 0 && !infos.empty() && !infos[0].isArchived) first = 1;
-    for (std::size_t i = first; i < infos.size(); ++i) {
+    for (std::size_t i = std::max<std::size_t>(first, keepsFirst ? 1 : 0); i < infos.size(); ++i) {
         ::unlink(infos[i].path.c_str());
         const std::lock_guard lock(mutex_);
         archived_.erase(infos[i].path);

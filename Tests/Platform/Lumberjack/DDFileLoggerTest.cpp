@@ -1,8 +1,10 @@
 #include "Platform/Lumberjack/DDFileLogger.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/xattr.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -202,6 +204,75 @@ TEST_F(DDFileLoggerTest, DeletesByQuotaFromTheFileThatExceedsIt) {
     ::setxattr(at("App 2023-12-05--00-00-00-000.log").c_str(), "user.lumberjack.log.archived", "\1", 1, 0);
     manager->setLogFilesDiskQuota(998);
     EXPECT_EQ(names(), Names{}) << "but not when it is archived";
+}
+
+// As it is when the clock was ahead for a while and is right again.
+TEST_F(DDFileLoggerTest, WritesOnBehindArchivedFilesOfLaterDates) {
+    put("App 2027-01-01--00-00-00-000.log", 400);
+    put("App 2027-01-02--00-00-00-000.log", 400);
+    const auto app = launch();
+    app.manager->setLogFilesDiskQuota(700);
+    app.manager->setMaximumNumberOfLogFiles(1);
+    say(*app.ddlog, "one");
+    EXPECT_EQ(names(), Names{kFirst}) << "the file being written counts as the newest";
+    app.manager->setMaximumNumberOfLogFiles(2);
+    put("App 2027-01-01--00-00-00-000.log", 699);
+    put("App 2027-01-02--00-00-00-000.log", 400);
+    app.manager->setLogFilesDiskQuota(701);
+    EXPECT_EQ(names(), (Names{kFirst, "App 2027-01-02--00-00-00-000.log"}));
+    clock_.advance(1h);
+    const auto again = launch();
+    say(*again.ddlog, "two");
+    EXPECT_EQ(contentOf(at(kFirst)), "one\ntwo\n") << "no new file for each launch";
+}
+
+/// Lets no file grow beyond `bytes`, like a disk that is full.
+class FullDisk {
+  public:
+    explicit FullDisk(rlim_t bytes) {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+  private:
+    rlimit before_{};
+    void (*handler_)(int) = std::signal(SIGXFSZ, SIG_IGN);
+};
+
+TEST_F(DDFileLoggerTest, AFullDiskCutsALineAndTakesNoOtherAlong) {
+    {
+        const auto app = launch();
+        say(*app.ddlog, "one");
+        {
+            const FullDisk disk(7);
+            say(*app.ddlog, "cut off");
+            say(*app.ddlog, "lost");
+        }
+        say(*app.ddlog, "two");
+        EXPECT_EQ(contentOf(at(kFirst)), "one\ncut\ntwo\n");
+        const FullDisk disk(15);
+        say(*app.ddlog, "cut off");
+    }
+    const auto next = launch();
+    say(*next.ddlog, "three");
+    say(*next.ddlog, "four");
+    EXPECT_EQ(contentOf(at(kFirst)), "one\ncut\ntwo\ncut\nthree\nfour\n") << "nor in the next launch";
+}
+
+TEST_F(DDFileLoggerTest, AFullDiskRollsNoFile) {
+    const auto app = launch();
+    say(*app.ddlog, "one");
+    const FullDisk disk(4);
+    for (int i = 0; i < 3; ++i) say(*app.ddlog, std::string(DDFileLogger::maximumFileSize, 'x'));
+    EXPECT_EQ(names(), Names{kFirst});
+    EXPECT_FALSE(isArchived(kFirst));
 }
 
 TEST_F(DDFileLoggerTest, AChangedLimitMakesTheDirectoryAnUnchangedOneDoesNothing) {
