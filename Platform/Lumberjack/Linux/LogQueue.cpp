@@ -89,7 +89,7 @@ LogQueue::LogQueue() {
 void LogQueue::log(bool asynchronous, LogOutputs* outputs, const LogCall& call, std::string_view text,
                    std::string* owned) {
     const Date time = Clock::current().wallNow();
-    if (!asynchronous && isCurrent()) return deliver(*outputs, call, text, time);
+    if (!asynchronous && isCurrent()) return deliverInside(*outputs, call, text, time);
     const std::size_t size = sizeof(LogRecord) + text.size();
     LogRecord* record;
     std::uint32_t reserved;
@@ -286,15 +286,28 @@ void LogQueue::deliver(LogOutputs& outputs, const LogCall& call, std::string_vie
     }
 }
 
-void LogQueue::flushOutputs(Retire retire) noexcept {
-    if (LogOutputs* outputs = std::exchange(written_, nullptr)) {
-        for (const auto& logger : outputs->loggers) {
-            try {
-                logger->flush();
-            } catch (...) {
-            }
+void LogQueue::deliverInside(LogOutputs& outputs, const LogCall& call, std::string_view text,
+                             Date time) noexcept {
+    deliver(outputs, call, text, time);
+    // The outputs of the line in hand are flushed behind it; nobody else's would be.
+    if (written_ == &outputs) return;
+    LogOutputs* const inHand = std::exchange(written_, &outputs);
+    flush(outputs);
+    written_ = inHand;
+}
+
+void LogQueue::flush(const LogOutputs& outputs) noexcept {
+    for (const auto& logger : outputs.loggers) {
+        try {
+            logger->flush();
+        } catch (...) {
         }
     }
+}
+
+void LogQueue::flushOutputs(Retire retire) noexcept {
+    if (written_) flush(*written_);
+    written_ = nullptr;
     haltIfFrozen();
     retire == Retire::all ? records_.retire() : records_.retireEarlier();
     longTexts_.clear();

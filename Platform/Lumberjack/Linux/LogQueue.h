@@ -77,6 +77,9 @@ class LogQueue final : public DispatchQueue {
     void drain(const OneShotSignal* until, std::size_t limit);
     void handle(LogRecord& record);
     void deliver(LogOutputs& outputs, const LogCall& call, std::string_view text, Date time) noexcept;
+    /// A line that was logged on the queue itself, by an output or a formatter.
+    void deliverInside(LogOutputs& outputs, const LogCall& call, std::string_view text, Date time) noexcept;
+    static void flush(const LogOutputs& outputs) noexcept;
     enum class Retire { all, earlier };
     void flushOutputs(Retire retire) noexcept;
     void haltIfFrozen() noexcept;

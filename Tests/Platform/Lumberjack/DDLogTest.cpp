@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "Platform/Dispatch/DispatchQueue.h"
+#include "Platform/Lumberjack/DDFileLogger.h"
 #include "Platform/Lumberjack/DDLogFileManagerDefault.h"
 #include "Platform/Lumberjack/DDLogPendingLines.h"
 #include "TestKit/ChildProcess.h"
@@ -47,6 +48,17 @@ struct Log {
         output->setLogFormatter(std::make_shared<Formatter>(std::move(function)));
     }
 };
+
+/// The lines of all files, oldest first.
+Lines linesIn(const std::string& directory) {
+    auto infos = DDLogFileManagerDefault::make(directory, "App")->sortedLogFileInfos();
+    Lines lines;
+    for (const auto& info : std::ranges::reverse_view(infos)) {
+        std::istringstream file(contentOf(info.path));
+        for (std::string line; std::getline(file, line);) lines.push_back(line);
+    }
+    return lines;
+}
 
 TEST(DDLogTest, LosesAndReordersNothingWithFourThreads) {
     constexpr int kThreads = 4;
@@ -162,6 +174,53 @@ TEST(DDLogTest, OnTheLogQueueASynchronousCallGoesOutAtOnceAnAsynchronousOneLater
     EXPECT_EQ(label, "cocoa.lumberjack");
 }
 
+TEST(DDLogTest, ASynchronousLineToAnotherLoggerIsInItsFileWhenTheCallReturns) {
+    const testkit::ScratchFolder directory;
+    const auto other = DDLog::make();
+    other->addLogger(DDFileLogger::make(DDLogFileManagerDefault::make(directory.path(), "App")));
+    const Log log;
+    Lines seen;
+    log.format([&](const DDLogMessage& message) {
+        say(*other, "from the formatter");
+        seen = linesIn(directory.path());
+        return std::string(message.message);
+    });
+    say(*log.ddlog, "outer", true);
+    DDLog::flushLog();
+    EXPECT_EQ(seen, Lines{"from the formatter"});
+}
+
+/// Logs from where a log may be expected least.
+class LogsWhenFlushed final : public DDLogger {
+  public:
+    explicit LogsWhenFlushed(DDLog& to) : to_(to) {}
+    void logMessage(const DDLogMessage&) override {}
+    void flush() override {
+        ++count;
+        say(to_, "flushed");
+    }
+    int count = 0;
+
+  private:
+    DDLog& to_;
+};
+
+TEST(DDLogTest, AnOutputThatLogsWhenItIsFlushedIsNotFlushedForThat) {
+    const Log log;
+    const auto output = std::make_shared<LogsWhenFlushed>(*log.ddlog);
+    log.ddlog->addLogger(output);
+    say(*log.ddlog, "line");
+    EXPECT_EQ(log.output->lines(), (Lines{"line", "flushed"}));
+    const Log outer;
+    outer.format([&](const DDLogMessage& message) {
+        say(*log.ddlog, "inner");
+        return std::string(message.message);
+    });
+    say(*outer.ddlog, "outer");
+    EXPECT_EQ(log.output->lines(), (Lines{"line", "flushed", "inner", "flushed"}));
+    EXPECT_EQ(output->count, 2);
+}
+
 TEST(DDLogTest, WritesTheLinesOfALoggerThatIsGone) {
     std::shared_ptr<MemoryLogger> output;
     {
@@ -204,17 +263,6 @@ TEST(DDLogTest, AForkedChildLogsAndExitsByItself) {
 }
 
 std::string program() { return std::string(ZQ_TEST_PROGRAMS) + "/LogEnds"; }
-
-/// The lines of all files, oldest first.
-Lines linesIn(const std::string& directory) {
-    auto infos = DDLogFileManagerDefault::make(directory, "App")->sortedLogFileInfos();
-    Lines lines;
-    for (const auto& info : std::ranges::reverse_view(infos)) {
-        std::istringstream file(contentOf(info.path));
-        for (std::string line; std::getline(file, line);) lines.push_back(line);
-    }
-    return lines;
-}
 
 TEST(DDLogTest, AnExitWritesOutAllThatWasLoggedAlsoByStaticDestructors) {
     for (const std::string_view way : {"return", "exit", "threads", "static"}) {
