@@ -18,8 +18,8 @@ namespace zqcore {
 /// don't wait for each other. Lifetime: a sender may go as soon as it has been called; the request lives
 /// until its completion. Failure: one `Status`, and an info line for every outcome; nothing is retried.
 ///
-///     BridgeSender("com.tessara.orbel").request(CommonInfoRequest::make(), [](auto status, const auto& info)
-///     {
+///     const BridgeSender orbel("com.tessaradev.Orbel");
+///     orbel.request(CommonInfoRequest::make(), [](auto status, const auto& info) {
 ///         if (status == BridgeSender::Status::success) show(*info->responseValue->server);
 ///     });
 class ZQ_EXPORT BridgeSender final {

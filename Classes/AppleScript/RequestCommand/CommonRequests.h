@@ -6,7 +6,7 @@
 
 // The requests that either application serves. Which version of it knows them differs, so an application sets
 // `minVersion` for the one that it talks to; any thread. All are plain records: whoever sends one leaves it
-// alone until its completion.
+// alone until its completion. Every field of a body may be absent.
 namespace zqcore {
 
 /// Asks an application who it is: the response's `server` tells. Path "info". The library serves it itself.
@@ -37,7 +37,9 @@ class ZQ_EXPORT CommonHotkeyFetchRequest : public ASRequestDefaults<CommonHotkey
       public:
         class Body : public JSONModel<Body> {
           public:
+            /// True asks for all of them.
             std::optional<bool> fetchAll;
+            /// Those that are asked for else.
             std::optional<std::vector<std::string>> identifiers;
             ZQ_FIELDS(Body, fetchAll, identifiers)
         };
@@ -50,6 +52,8 @@ class ZQ_EXPORT CommonHotkeyFetchRequest : public ASRequestDefaults<CommonHotkey
           public:
             /// Names the hotkey for the application that owns it.
             std::optional<std::string> identifier;
+            /// This and the next two are carried as they are: how a key is written, which bit is which
+            /// modifier and what doubling them means is agreed between the applications.
             std::optional<std::string> key;
             std::optional<std::int64_t> modifiers;
             std::optional<bool> doubledModifiers;
@@ -76,6 +80,8 @@ class ZQ_EXPORT CommonHotkeyHandleRequest : public ASRequestDefaults<CommonHotke
           public:
             /// Names the hotkey for the application that owns it.
             std::optional<std::string> identifier;
+            /// This and the next two are carried as they are: how a key is written, which bit is which
+            /// modifier and what doubling them means is agreed between the applications.
             std::optional<std::string> key;
             std::optional<std::int64_t> modifiers;
             std::optional<bool> doubledModifiers;
@@ -83,7 +89,9 @@ class ZQ_EXPORT CommonHotkeyHandleRequest : public ASRequestDefaults<CommonHotke
         };
         class Body : public JSONModel<Body> {
           public:
+            /// Who registered the hotkey.
             std::shared_ptr<ASClient> registerClient;
+            /// The one that was pressed.
             std::shared_ptr<Hotkey> hotkey;
             ZQ_FIELDS(Body, registerClient, hotkey)
         };

@@ -6,7 +6,8 @@
 #include "Platform/Base/CGGeometry.h"
 
 // The requests that are addressed to the helper application. All are plain records: whoever sends one leaves
-// it alone until its completion.
+// it alone until its completion. Every field of a body may be absent; an enumeration's value that isn't
+// listed reads as the first case.
 namespace zqcore {
 
 /// Opens one of the helper's pages. Path "open".
@@ -40,6 +41,8 @@ class ZQ_EXPORT OrbelHelperHotkeyRequest : public ASRequestDefaults<OrbelHelperH
           public:
             /// Names the hotkey for the application that owns it.
             std::optional<std::string> identifier;
+            /// This and the next two are carried as they are: how a key is written, which bit is which
+            /// modifier and what doubling them means is agreed between the applications.
             std::optional<std::string> key;
             std::optional<std::int64_t> modifiers;
             std::optional<bool> doubledModifiers;
@@ -48,6 +51,8 @@ class ZQ_EXPORT OrbelHelperHotkeyRequest : public ASRequestDefaults<OrbelHelperH
         class Body : public JSONModel<Body> {
           public:
             std::optional<HotkeyAction> action;
+            /// What to register, or what to unregister, for which the identifiers will do; `unregisterAll`
+            /// wants none.
             std::optional<std::vector<std::shared_ptr<Hotkey>>> hotkeys;
             ZQ_FIELDS(Body, action, hotkeys)
         };
@@ -67,6 +72,7 @@ class ZQ_EXPORT OrbelHelperToggleRequest : public ASRequestDefaults<OrbelHelperT
       public:
         class Body : public JSONModel<Body> {
           public:
+            /// Whether the function is on from now on.
             std::optional<bool> state;
             ZQ_FIELDS(Body, state)
         };
@@ -84,6 +90,7 @@ class ZQ_EXPORT OrbelHelperSelectedTextRequest : public ASRequestDefaults<OrbelH
       public:
         class Body : public JSONModel<Body> {
           public:
+            /// A place of the screen: an array of two numbers, x then y.
             std::optional<CGPoint> location;
             ZQ_FIELDS(Body, location)
         };
@@ -92,6 +99,7 @@ class ZQ_EXPORT OrbelHelperSelectedTextRequest : public ASRequestDefaults<OrbelH
     };
     class ResponseValue : public JSONModel<ResponseValue, ASResponseModel> {
       public:
+        /// Numbers on the wire, counted from 0.
         ZQ_INTEGER_ENUM(Status, unknown, successByFocusedElement, successByLocationElement, axNotTrusted,
                         focusedElementNotContainLocation, focusedElementNoText, locationElementNoMenuBar,
                         locationElementNoCopyItem, locationElementCopyItemDisabled, locationElementCopyFail,
@@ -99,8 +107,11 @@ class ZQ_EXPORT OrbelHelperSelectedTextRequest : public ASRequestDefaults<OrbelH
 
         class Body : public JSONModel<Body> {
           public:
+            /// How the text was found, or why it wasn't.
             std::optional<Status> status;
+            /// The application that was asked for its selection.
             std::shared_ptr<ASClient> app;
+            /// The selected text.
             std::optional<std::string> text;
             ZQ_FIELDS(Body, status, app, text)
         };
@@ -118,6 +129,7 @@ class ZQ_EXPORT OrbelHelperCurrentAppRequest : public ASRequestDefaults<OrbelHel
       public:
         class Body : public JSONModel<Body> {
           public:
+            /// A place of the screen: an array of two numbers, x then y.
             std::optional<CGPoint> location;
             ZQ_FIELDS(Body, location)
         };
