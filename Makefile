@@ -4,8 +4,10 @@ PRESET ?= dev
 JOBS ?= $(shell nproc)
 
 help:
-	@echo "make demo      build, then watch requests travel between real processes, and a crash"
+	@echo "make demo      build, then watch requests travel between real processes, a crash, and the interface"
 	@echo "make test      build, then run every test"
+	@echo "make build     everything into build/PRESET (default dev), or TARGET alone; the programs lie in its Apps/"
+	@echo "make setup     the Debian packages that a build needs; every word here sees to its own"
 	@echo "make bench     side-by-side runs against peers; writes build/bench.txt"
 	@echo "make fuzz      each fuzz target for FUZZ_SECONDS (default 60)"
 	@echo "make asan|tsan the whole test suite under the sanitizers"
@@ -15,6 +17,7 @@ help:
 	@echo "make docs      the documents' examples taken over from docs/examples and held to what they print"
 	@echo "make install   into PREFIX (default /usr/local)"
 	@echo "make deb       Debian packages of the programs and of the libraries"
+	@echo "make clean     all that was built goes"
 
 setup:
 	@scripts/setup build
