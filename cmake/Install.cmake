@@ -49,7 +49,7 @@ if(ZQ_DEBIAN)
 endif()
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Development)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Development
-    FILES_MATCHING PATTERN "*.md" PATTERN "*.cpp" PATTERN "*.png")
+    FILES_MATCHING PATTERN "*.md" PATTERN "examples/*" PATTERN "*.png")
 
 # What makes an application known to the desktop, and what lets the session bus start it when it is asked for something.
 # Written at installation, since only that knows the prefix.

@@ -58,20 +58,6 @@ void hearNotifications() {
         });
 }
 
-const char* reason(ScriptingServeStatus status) {
-    switch (status) {
-        case ScriptingServeStatus::serving:
-            return "";
-        case ScriptingServeStatus::invalidIdentifier:
-            return "the identifier makes no bus name";
-        case ScriptingServeStatus::nameTaken:
-            return "another process serves it";
-        case ScriptingServeStatus::noBus:
-            return "there is no session bus";
-    }
-    return "";
-}
-
 }  // namespace
 
 bool parseServerOptions(int argc, char** argv, ServerOptions& options, std::string_view help,

@@ -6,6 +6,20 @@
 
 namespace zqcore::platform {
 
+const char* reason(ScriptingServeStatus status) noexcept {
+    switch (status) {
+        case ScriptingServeStatus::serving:
+            return "";
+        case ScriptingServeStatus::invalidIdentifier:
+            return "the identifier makes no bus name";
+        case ScriptingServeStatus::nameTaken:
+            return "another process serves it";
+        case ScriptingServeStatus::noBus:
+            return "there is no session bus";
+    }
+    return "";
+}
+
 ScriptingServeStatus NSScriptSuiteRegistry::serve(const std::string& identifier, CommandFactory factory) {
     auto shared = std::make_shared<const CommandFactory>(std::move(factory));
     return ScriptingBus::current().serve(identifier, [shared](std::string text, ScriptingBus::Reply reply) {

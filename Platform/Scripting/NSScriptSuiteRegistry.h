@@ -10,6 +10,9 @@
 
 namespace zqcore::platform {
 
+/// Why an identifier isn't served, in words for people; empty where it is.
+[[nodiscard]] ZQ_EXPORT const char* reason(ScriptingServeStatus status) noexcept;
+
 /// The serving end of scripting: an application registers the command behind `request:` once and claims its
 /// identifier. Threads: both operations from any; commands are made and run on the main thread, so the
 /// process runs its main loop; answers may come from any thread. Lifetime: serving lasts until `stopServing`

@@ -6,8 +6,9 @@
 
 int main() {
     using namespace zqcore;
-    std::printf("%s %s on %s, %s\n", ZQInfo::appIdentifier().c_str(), ZQInfo::appFullVersion().c_str(),
-                ZQInfo::macOSVersion().c_str(), ZQInfo::macArchitecture().c_str());
-    std::printf("settings %s\ncaches %s\n", ZQPathFetcher::userDefaultsPlistFilePath().c_str(),
-                ZQPathFetcher::zqcoreCachesDirectory().c_str());
+    const auto print = [](const std::string& text) { std::puts(text.c_str()); };
+    print(ZQInfo::appIdentifier() + " " + ZQInfo::appFullVersion());   // => com.example.Words 1.0.0[7]
+    print(ZQInfo::macOSVersion() + ", " + ZQInfo::macArchitecture());  // => macOS ..., ...
+    print(ZQPathFetcher::userDefaultsPlistFilePath());  // => .../.config/Preferences/com.example.Words.plist
+    print(ZQPathFetcher::zqcoreCachesDirectory());      // => ...
 }

@@ -1,4 +1,6 @@
 // docs/examples/server.cpp
+#include <cstdio>
+
 #include "Classes/AppleScript/RequestCommand/ASBaseRequestCommand.h"
 #include "Classes/Core/Utility/ZQInfo.h"
 #include "Platform/Dispatch/RunLoop.h"
@@ -6,10 +8,13 @@
 
 int main() {
     using namespace zqcore;
-    const auto status =
-        NSScriptSuiteRegistry::serve(ZQInfo::appIdentifier(), [](NSScriptCommandDescription call) {
-            return makeObject<ASBaseRequestCommand>(std::move(call));  // a subclass adds its own paths
-        });
-    if (status != ScriptingServeStatus::serving) return 1;
+    const auto identifier = ZQInfo::appIdentifier();  // that of the Info.plist
+    const auto status = NSScriptSuiteRegistry::serve(identifier, [](NSScriptCommandDescription call) {
+        return makeObject<ASBaseRequestCommand>(std::move(call));  // a subclass adds its own paths
+    });
+    if (status != ScriptingServeStatus::serving) {
+        std::fprintf(stderr, "can't serve \"%s\": %s\n", identifier.c_str(), reason(status));
+        return 1;
+    }
     RunLoop::main().run();
 }
