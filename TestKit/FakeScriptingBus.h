@@ -51,7 +51,9 @@ class FakeScriptingBus final : public platform::ScriptingBus {
     bool nameHasOwner(const std::string&) override { return installed && running; }
     bool isActivatable(const std::string&) override { return installed; }
     void start(const std::string&) override { note("start"); }
-    bool knowsRequestCommand(const std::string&) override { return hasCommand; }
+    std::expected<bool, platform::NSError> knowsRequestCommand(const std::string&) override {
+        return hasCommand;
+    }
     std::expected<Answer, platform::NSError> request(const std::string&, std::string_view text) override {
         note("request " + std::string(text));
         return answer(text);

@@ -38,13 +38,26 @@ bool SBApplication::isRunning() const { return ScriptingBus::current().nameHasOw
 void SBApplication::activate() { ScriptingBus::current().start(identifier_); }
 
 bool SBApplication::respondsToSelector(std::string_view selector) const {
-    return selector == kRequestSelector && ScriptingBus::current().knowsRequestCommand(identifier_);
+    if (selector != kRequestSelector) return false;
+    auto known = ScriptingBus::current().knowsRequestCommand(identifier_);
+    const std::lock_guard lock(mutex_);
+    failedQuestion_ = known ? std::nullopt : std::optional(std::move(known.error()));
+    return known.value_or(true);
+}
+
+std::optional<NSError> SBApplication::takeFailedQuestion() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(failedQuestion_, std::nullopt);
 }
 
 std::optional<std::string> SBApplication::request(std::string_view text) {
-    auto answer = ScriptingBus::current().request(identifier_, text);
-    if (answer) return *std::move(answer);
-    if (const auto heard = delegate()) heard->eventDidFail(kRequestSelector, answer.error());
+    auto failed = takeFailedQuestion();
+    if (!failed) {
+        auto answer = ScriptingBus::current().request(identifier_, text);
+        if (answer) return *std::move(answer);
+        failed = std::move(answer.error());
+    }
+    if (const auto heard = delegate()) heard->eventDidFail(kRequestSelector, *failed);
     return std::nullopt;
 }
 

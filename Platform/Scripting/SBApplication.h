@@ -38,10 +38,12 @@ class ZQ_EXPORT SBApplication final {
     /// entry. Doesn't wait for it; a command sent meanwhile does.
     void activate();
     /// Whether it has that command; only "request:" can be known. A target that isn't running is started by
-    /// the question, and one that can't answer is taken to have it, so that the call tells what is wrong.
+    /// the question, two minutes at most. One that can't answer is taken to have it: the next `request` tells
+    /// what is wrong, without asking again.
     [[nodiscard]] bool respondsToSelector(std::string_view selector) const;
-    /// Sends `request:` with `text` and waits for its result, two minutes at most. Absent if the command
-    /// ended without one, and after a failed event.
+    /// Sends `request:` with `text` and waits for its result, two minutes at most; a target that wasn't asked
+    /// by `respondsToSelector` may take as long before that to start. Absent if the command ended without a
+    /// result, and after a failed event.
     [[nodiscard]] std::optional<std::string> request(std::string_view text);
     /// The object itself.
     [[nodiscard]] const SBApplication& get() const noexcept { return *this; }
@@ -49,9 +51,13 @@ class ZQ_EXPORT SBApplication final {
   private:
     explicit SBApplication(std::string bundleIdentifier);
 
+    [[nodiscard]] std::optional<NSError> takeFailedQuestion();
+
     std::string identifier_;
     mutable std::mutex mutex_;
     std::weak_ptr<SBApplicationDelegate> delegate_;
+    /// Why the last question had no answer, until a request has told it.
+    mutable std::optional<NSError> failedQuestion_;
 };
 
 }  // namespace zqcore::platform

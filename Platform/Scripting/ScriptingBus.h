@@ -67,9 +67,11 @@ class ZQ_EXPORT ScriptingBus {
     /// its desktop entry. Doesn't wait for it; a question or a command that comes meanwhile does.
     virtual void start(const std::string& identifier) = 0;
     /// Whether the process has the command `request:`. It asks a process once for as long as that serves; a
-    /// target that isn't running is started by the question. True if it can't be told: the call will.
-    [[nodiscard]] virtual bool knowsRequestCommand(const std::string& identifier) = 0;
-    /// Sends the command `request:` and waits for its answer.
+    /// target that isn't running is started by the question. Its start and its answer have one limit
+    /// together. The reason if it can't be told; `request` would ask, and start, once more.
+    [[nodiscard]] virtual std::expected<bool, NSError> knowsRequestCommand(const std::string& identifier) = 0;
+    /// Sends the command `request:` and waits for its answer. A target that isn't known yet is asked for its
+    /// commands first, as by `knowsRequestCommand`; the call has its whole limit after that.
     [[nodiscard]] virtual std::expected<Answer, NSError> request(const std::string& identifier,
                                                                  std::string_view text) = 0;
 

@@ -4,6 +4,7 @@
 //        PlainPeer call IDENTIFIER PATH TEXT  prints the answer, or "error NAME" and the reason
 //        PlainPeer foreign IDENTIFIER PATH TEXT  calls as the user "nobody"; run by root
 //        PlainPeer files IDENTIFIER PATH      serves `exchange(v)` with unsealed files for answers
+//        PlainPeer silent IDENTIFIER PATH     prints the member of every call and answers no introspection
 //        PlainPeer file IDENTIFIER PATH       calls `exchange(v)` with an unsealed file
 //        PlainPeer post NAME OBJECT JSON      posts a notification with the JSON under "request"
 #include <sys/mman.h>
@@ -46,7 +47,14 @@ int onExchange(sd_bus_message* message, void*, sd_bus_error*) {
     return sd_bus_reply_method_return(message, "v", "h", unsealedFile());
 }
 
-int serve(sd_bus* bus, const char* identifier, const char* path, bool files) {
+int tellAndKeepSilent(sd_bus_message* message, void*, sd_bus_error*) {
+    if (sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0) return 0;
+    std::puts(sd_bus_message_get_member(message));
+    std::fflush(stdout);
+    return sd_bus_message_is_method_call(message, "org.freedesktop.DBus.Introspectable", nullptr);
+}
+
+int serve(sd_bus* bus, const char* identifier, const char* path, std::string_view role) {
     static const std::array<sd_bus_vtable, 3> texts{{
         SD_BUS_VTABLE_START(0),
         SD_BUS_METHOD("request", "s", "s", &onRequest, SD_BUS_VTABLE_UNPRIVILEGED),
@@ -57,7 +65,8 @@ int serve(sd_bus* bus, const char* identifier, const char* path, bool files) {
         SD_BUS_METHOD("exchange", "v", "v", &onExchange, SD_BUS_VTABLE_UNPRIVILEGED),
         SD_BUS_VTABLE_END,
     }};
-    const auto& table = files ? exchange : texts;
+    const auto& table = role == "files" ? exchange : texts;
+    if (role == "silent" && sd_bus_add_filter(bus, nullptr, &tellAndKeepSilent, nullptr) < 0) return 1;
     // Without a path there is an object, but none with the command.
     if (*path && sd_bus_add_object_vtable(bus, nullptr, path, kInterface, table.data(), nullptr) < 0)
         return 1;
@@ -107,7 +116,7 @@ int post(sd_bus* bus, const char* name, const char* object, const char* json) {
 }
 
 int play(std::string_view role, sd_bus* bus, int argc, char** argv) {
-    if (role == "serve" || role == "files") return serve(bus, argv[2], argv[3], role == "files");
+    if (role == "serve" || role == "files" || role == "silent") return serve(bus, argv[2], argv[3], role);
     if (role == "file") return callWithFile(bus, argv[2], argv[3]);
     if ((role == "call" || role == "foreign") && argc == 5) return call(bus, argv[2], argv[3], argv[4]);
     if (role == "post" && argc == 5) return post(bus, argv[2], argv[3], argv[4]);

@@ -13,10 +13,12 @@
 namespace zqcore {
 
 /// Carries a typed request straight to another application's command `request:` and brings the response back.
-/// Time: a target answers within 60 seconds; the call itself gives up after 120. Threads: `request` from any;
-/// each request takes a thread of the global user-initiated queue for the length of its call, so requests
-/// don't wait for each other. Lifetime: a sender may go as soon as it has been called; the request lives
-/// until its completion. Failure: one `Status`, and an info line for every outcome; nothing is retried.
+/// Time: a target answers within 60 seconds; the call itself gives up after 120. One that has to be started
+/// or asked for its commands first has 120 seconds for that too, and if it fails there no call is sent.
+/// Threads: `request` from any; each request takes a thread of the global user-initiated queue for the length
+/// of its call, so requests don't wait for each other. Lifetime: a sender may go as soon as it has been
+/// called; the request lives until its completion. Failure: one `Status`, and an info line for every outcome;
+/// nothing is retried.
 ///
 ///     const BridgeSender orbel("com.tessaradev.Orbel");
 ///     orbel.request(CommonInfoRequest::make(), [](auto status, const auto& info) {

@@ -230,17 +230,21 @@ int BusConnection::sendCall(const Build& build, Pending& pending, SdSlotHandle& 
     const int made = build(bus_.get(), &raw);
     const SdMessageHandle message(raw);
     if (made < 0) return made;
+    // Zero would be sd-bus's own limit.
+    const auto left = std::max(
+        std::chrono::microseconds(1),
+        std::chrono::ceil<std::chrono::microseconds>(pending.deadline - std::chrono::steady_clock::now()));
     sd_bus_slot* rawSlot = nullptr;
     const int sent = sd_bus_call_async(bus_.get(), &rawSlot, raw, &onAnswer, &pending,
-                                       static_cast<std::uint64_t>(callLimit().count()));
+                                       static_cast<std::uint64_t>(left.count()));
     slot.reset(rawSlot);
     return sent;
 }
 
-BusConnection::Outcome BusConnection::call(const Build& build, const Read& read) {
+BusConnection::Outcome BusConnection::call(const Build& build, const Read& read, Deadline deadline) {
     Access access(*this);
     if (access.failure() < 0) return std::unexpected(scriptingErrorForErrno(access.failure(), "no bus"));
-    Pending pending{.connection = *this, .read = read};
+    Pending pending{.connection = *this, .read = read, .deadline = deadline};
     SdSlotHandle slot;
     const int failure = sendCall(build, pending, slot);
     if (failure < 0) return std::unexpected(scriptingErrorForErrno(failure, "the call can't be sent"));

@@ -55,6 +55,8 @@ class BusConnection final : private MainLoopGuest {
     using Read = std::function<int(sd_bus_message*)>;
 
     using Outcome = std::expected<void, NSError>;
+    /// When a call gives up, by the bus's own monotonic time.
+    using Deadline = std::chrono::steady_clock::time_point;
 
     explicit BusConnection(Owner& owner);
     ~BusConnection() = delete;
@@ -87,7 +89,9 @@ class BusConnection final : private MainLoopGuest {
 
     /// Sends what `build` makes and waits for the answer, which `read` takes apart (under the lock, perhaps
     /// on another thread, so it only copies).
-    [[nodiscard]] Outcome call(const Build& build, const Read& read);
+    [[nodiscard]] Outcome call(const Build& build, const Read& read, Deadline deadline = nextDeadline());
+    /// The limit of calls from now on.
+    [[nodiscard]] static Deadline nextDeadline() { return std::chrono::steady_clock::now() + callLimit(); }
 
     enum class Weight { light, heavy };
     /// Puts work behind the lock: it runs soon, in order, one piece at a time, without the lock; heavy work,
@@ -100,6 +104,7 @@ class BusConnection final : private MainLoopGuest {
     struct Pending {
         BusConnection& connection;
         const Read& read;
+        Deadline deadline;
         bool done = false;
         Outcome result;
         std::condition_variable changed{};

@@ -91,9 +91,11 @@ void SessionBus::search() {
     if (gone && *gone) DispatchQueue::global(DispatchQoS::utility)->async([gone] { (*gone)(); });
 }
 
-void SessionBus::watch(sd_bus* bus, const std::string& identifier) {
-    Peer& peer = peers_[identifier];
-    if (peer.watch) return;
+SessionBus::Peer& SessionBus::watch(sd_bus* bus, const std::string& identifier) {
+    const auto [place, made] = peers_.try_emplace(identifier, *this, lastVersion_ + 1);
+    Peer& peer = place->second;
+    if (!made) return peer;
+    ++lastVersion_;
     const std::string rule = std::string("type='signal',sender='") + kDaemon + "',interface='" + kDaemon +
                              "',member='NameOwnerChanged',arg0='" + identifier + "'";
     sd_bus_slot* slot = nullptr;
@@ -102,6 +104,7 @@ void SessionBus::watch(sd_bus* bus, const std::string& identifier) {
         bus, &slot, rule.c_str(), &SessionBus::onOwnerChanged,
         [](sd_bus_message*, void*, sd_bus_error*) { return 1; }, &peer);
     peer.watch.reset(slot);
+    return peer;
 }
 
 int SessionBus::onOwnerChanged(sd_bus_message* message, void* pointer, sd_bus_error*) {
@@ -110,58 +113,74 @@ int SessionBus::onOwnerChanged(sd_bus_message* message, void* pointer, sd_bus_er
     const char* before = nullptr;
     const char* now = nullptr;
     if (sd_bus_message_read(message, "sss", &name, &before, &now) < 0) return 0;
+    peer.version = ++peer.bus.lastVersion_;
     peer.owner = now;
-    peer.known = true;
     peer.commands.reset();
-    if (peer.launch && !peer.owner.empty()) peer.launch->cameUp();
+    if (peer.owner.empty()) return 0;
+    if (const auto launch = std::exchange(peer.launch, nullptr)) launch->cameUp();
     return 0;
 }
 
-std::expected<std::string, NSError> SessionBus::callDaemon(const char* method, const char* argument) {
-    std::string result;
-    auto done = connection_.call(
+void SessionBus::learnOwner(const std::string& identifier, std::uint64_t version, std::string_view owner) {
+    const auto peer = peers_.find(identifier);
+    if (peer == peers_.end() || peer->second.version != version) return;
+    if (peer->second.owner != owner) peer->second.commands.reset();
+    peer->second.owner = owner;
+}
+
+// Ends the watch of a name that nobody has and nobody is to take.
+void SessionBus::forgetAbsent(const std::string& identifier, Failed earlier) {
+    const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
+    const auto peer = peers_.find(identifier);
+    if (peer == peers_.end()) return;
+    auto& launch = peer->second.launch;
+    if (launch && earlier == Failed::startsAnew && !launch->pending()) launch.reset();
+    if (!launch && peer->second.owner.empty()) peers_.erase(peer);
+}
+
+bool SessionBus::askForOwner(const std::string& identifier, Watched watched) {
+    // No version of a name that isn't watched: its changes aren't told, so nothing may be kept.
+    std::uint64_t version = 0;
+    const auto done = connection_.call(
         [&](sd_bus* bus, sd_bus_message** message) {
+            if (watched == Watched::fromNow) watch(bus, identifier);
+            if (const auto peer = peers_.find(identifier); peer != peers_.end())
+                version = peer->second.version;
             const int made =
-                sd_bus_message_new_method_call(bus, message, kDaemon, kDaemonPath, kDaemon, method);
-            return made < 0 ? made : sd_bus_message_append(*message, "s", argument);
+                sd_bus_message_new_method_call(bus, message, kDaemon, kDaemonPath, kDaemon, "GetNameOwner");
+            return made < 0 ? made : sd_bus_message_append(*message, "s", identifier.c_str());
         },
         [&](sd_bus_message* message) {
-            const char* text = nullptr;
-            const int read = sd_bus_message_read(message, "s", &text);
-            if (read >= 0) result = text;
+            const char* owner = nullptr;
+            const int read = sd_bus_message_read(message, "s", &owner);
+            if (read >= 0) learnOwner(identifier, version, owner);
             return read;
         });
-    if (!done) return std::unexpected(std::move(done.error()));
-    return result;
+    if (!done && done.error().code() == kErrorNoSuchProcess) {
+        const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
+        learnOwner(identifier, version, "");
+    }
+    return done.has_value();
 }
 
 bool SessionBus::nameHasOwner(const std::string& identifier) {
     if (!isBusName(identifier)) return false;
+    bool watched = false;
     {
         BusConnection::Access access(connection_);
         if (access.failure() < 0) return false;
         access.takeInArrived();
         const auto peer = peers_.find(identifier);
-        if (peer != peers_.end() && !peer->second.owner.empty()) return true;
+        watched = peer != peers_.end();
+        if (watched && !peer->second.owner.empty()) return true;
     }
-    // What isn't known, or known not to be there, is worth a question; only a name that has an owner is
-    // watched, so that asking for names costs nothing later.
-    if (!callDaemon("GetNameOwner", identifier.c_str())) return false;
-    {
-        BusConnection::Access access(connection_);
-        if (access.failure() < 0) return false;
-        watch(access.bus(), identifier);
-    }
-    // Asked again behind the watch: from here on no change can be missed.
-    const auto owner = callDaemon("GetNameOwner", identifier.c_str());
-    const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
-    const auto peer = peers_.find(identifier);
-    if (peer != peers_.end() && owner) {
-        if (peer->second.owner != *owner) peer->second.commands.reset();
-        peer->second.owner = *owner;
-        peer->second.known = true;
-    }
-    return owner.has_value();
+    // What isn't known, or known not to be there, is worth a question. Only a name that has an owner is
+    // watched from then on, so that asking for names costs nothing later. It is asked for again behind the
+    // watch: from there on no change can be missed.
+    const bool there =
+        askForOwner(identifier, Watched::asBefore) && (watched || askForOwner(identifier, Watched::fromNow));
+    if (!there) forgetAbsent(identifier, Failed::counts);
+    return there;
 }
 
 bool SessionBus::isActivatable(const std::string& identifier) {
@@ -199,55 +218,60 @@ void SessionBus::start(const std::string& identifier) {
     if (made >= 0) sd_bus_send(access.bus(), raw, nullptr);
 }
 
+// Nothing where there is nothing to wait for: it has come meanwhile, or has no desktop entry.
 std::shared_ptr<ApplicationLaunch> SessionBus::launch(const std::string& identifier, Failed earlier) {
     const auto entry = findDesktopEntry(identifier);
     BusConnection::Access access(connection_);
     access.takeInArrived();
     if (access.failure() < 0) return nullptr;
-    // Before the start, so that its coming can't be missed.
-    watch(access.bus(), identifier);
-    Peer& peer = peers_[identifier];
-    auto& known = peer.launch;
-    const bool kept = known && (known->pending() || (known->failed() && earlier == Failed::counts));
-    // Or it has come since it was asked for.
-    if (kept || !peer.owner.empty() || !entry) return known;
-    return known = ApplicationLaunch::start(*entry, callLimit());
-}
-
-void SessionBus::forgetFailedLaunch(const std::string& identifier) {
-    const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
-    const auto peer = peers_.find(identifier);
-    if (peer != peers_.end() && peer->second.launch && peer->second.launch->failed())
-        peer->second.launch.reset();
+    if (const auto peer = peers_.find(identifier); peer != peers_.end()) {
+        if (!peer->second.owner.empty()) return nullptr;
+        const auto& known = peer->second.launch;
+        if (known && (known->pending() || (known->failed() && earlier == Failed::counts))) return known;
+    }
+    if (!entry) return nullptr;
+    // Watched before the start, so that its coming can't be missed.
+    Peer& peer = watch(access.bus(), identifier);
+    return peer.launch = ApplicationLaunch::start(*entry, callLimit());
 }
 
 std::expected<ScriptingCommands, NSError> SessionBus::commandsOf(const std::string& identifier) {
-    auto commands = askForCommands(identifier);
-    if (commands || !commands.error().localizedDescription().starts_with(SD_BUS_ERROR_SERVICE_UNKNOWN))
-        return commands;
-    // Nobody serves it and the bus can't start it. A start that failed isn't tried again by the next question
-    // of the same request.
-    const auto launched = launch(identifier, Failed::counts);
-    if (!launched) return commands;
-    // The bus answers in order: the watch is in force when this is, so who comes later is heard of.
-    if (callDaemon("GetNameOwner", identifier.c_str())) launched->cameUp();
-    if (auto up = launched->wait(); !up) return std::unexpected(std::move(up.error()));
-    return askForCommands(identifier);
+    auto commands = findCommands(identifier);
+    // A failure is told once; the next question starts the target anew.
+    if (!commands) forgetAbsent(identifier, Failed::startsAnew);
+    return commands;
 }
 
-std::expected<ScriptingCommands, NSError> SessionBus::askForCommands(const std::string& identifier) {
+std::expected<ScriptingCommands, NSError> SessionBus::findCommands(const std::string& identifier) {
+    const auto deadline = BusConnection::nextDeadline();
+    auto commands = askForCommands(identifier, deadline);
+    if (commands || !commands.error().localizedDescription().starts_with(SD_BUS_ERROR_SERVICE_UNKNOWN))
+        return commands;
+    // Nobody serves it and the bus can't start it. A start just before that failed isn't tried again.
+    if (const auto launched = launch(identifier, Failed::counts)) {
+        // The bus answers in order: the watch is in force when this is, so who comes later is heard of.
+        if (askForOwner(identifier, Watched::asBefore)) launched->cameUp();
+        if (auto up = launched->wait(); !up) return std::unexpected(std::move(up.error()));
+    } else if (!nameHasOwner(identifier)) {
+        return commands;
+    }
+    return askForCommands(identifier, deadline);
+}
+
+std::expected<ScriptingCommands, NSError> SessionBus::askForCommands(const std::string& identifier,
+                                                                     BusConnection::Deadline deadline) {
     {
-        BusConnection::Access access(connection_);
+        const BusConnection::Access access(connection_);
         if (access.failure() < 0) return std::unexpected(scriptingErrorForErrno(access.failure(), "no bus"));
         const auto peer = peers_.find(identifier);
         if (peer != peers_.end() && peer->second.commands) return *peer->second.commands;
-        watch(access.bus(), identifier);
     }
     ScriptingCommands commands;
-    std::string answerer;
+    std::uint64_t version = 0;
     const std::string path = objectPathForIdentifier(identifier);
     auto done = connection_.call(
         [&](sd_bus* bus, sd_bus_message** message) {
+            version = watch(bus, identifier).version;
             return sd_bus_message_new_method_call(bus, message, identifier.c_str(), path.c_str(),
                                                   "org.freedesktop.DBus.Introspectable", "Introspect");
         },
@@ -256,24 +280,30 @@ std::expected<ScriptingCommands, NSError> SessionBus::askForCommands(const std::
             const int read = sd_bus_message_read(message, "s", &document);
             if (read < 0) return read;
             commands = commandsInDocument(document);
-            if (const char* sender = sd_bus_message_get_sender(message)) answerer = sender;
-            // Kept here, in the order of arrival: a change of owner that comes later throws it away.
+            const char* sender = sd_bus_message_get_sender(message);
             const auto peer = peers_.find(identifier);
-            if (peer == peers_.end() || (peer->second.known && peer->second.owner != answerer)) return read;
-            peer->second.owner = answerer;
-            peer->second.known = true;
+            if (!sender || peer == peers_.end()) return read;
+            // One that the question started came to the bus since, which is a change.
+            if (peer->second.version != version && peer->second.owner != sender) return read;
+            peer->second.owner = sender;
             peer->second.commands = commands;
             return read;
-        });
-    if (!done) return std::unexpected(std::move(done.error()));
-    return commands;
+        },
+        deadline);
+    if (done) return commands;
+    if (done.error().code() == kErrorNoSuchProcess) {
+        const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
+        learnOwner(identifier, version, "");
+    }
+    return std::unexpected(std::move(done.error()));
 }
 
-bool SessionBus::knowsRequestCommand(const std::string& identifier) {
+std::expected<bool, NSError> SessionBus::knowsRequestCommand(const std::string& identifier) {
     if (!isBusName(identifier)) return false;
-    const auto commands = commandsOf(identifier);
+    auto commands = commandsOf(identifier);
     if (commands) return commands->request || commands->exchange;
-    return commands.error().code() != kErrorNotHandled;
+    if (commands.error().code() == kErrorNotHandled) return false;
+    return std::unexpected(std::move(commands.error()));
 }
 
 std::expected<ScriptingBus::Answer, NSError> SessionBus::request(const std::string& identifier,
@@ -284,10 +314,7 @@ std::expected<ScriptingBus::Answer, NSError> SessionBus::request(const std::stri
         return std::unexpected(
             makeScriptingError(kErrorBadParameter, "the text isn't UTF-8 without NUL of at most 100 MiB"));
     const auto commands = commandsOf(identifier);
-    if (!commands) {
-        forgetFailedLaunch(identifier);
-        return std::unexpected(commands.error());
-    }
+    if (!commands) return std::unexpected(commands.error());
     if (!commands->request && !commands->exchange)
         return std::unexpected(makeScriptingError(kErrorNotHandled, "no such command: request"));
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -28,7 +29,7 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     bool nameHasOwner(const std::string& identifier) override;
     bool isActivatable(const std::string& identifier) override;
     void start(const std::string& identifier) override;
-    bool knowsRequestCommand(const std::string& identifier) override;
+    std::expected<bool, NSError> knowsRequestCommand(const std::string& identifier) override;
     std::expected<Answer, NSError> request(const std::string& identifier, std::string_view text) override;
     ScriptingServeStatus serve(const std::string& identifier, CommandHandler handler) override;
     void stopServing(const std::string& identifier) override;
@@ -39,13 +40,16 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
   private:
     /// Another process that serves an identifier.
     struct Peer {
-        SdSlotHandle watch;
+        SessionBus& bus;
+        /// A new number with every watch and every change that it told. What a question found out counts only
+        /// for the version that it was asked in: a change that came since is newer.
+        std::uint64_t version;
+        SdSlotHandle watch{};
         /// The unique name of the process, empty while there is none.
-        std::string owner;
-        bool known = false;
-        std::optional<ScriptingCommands> commands;
-        /// The last start of its desktop entry by this process, kept as long as it is of interest.
-        std::shared_ptr<ApplicationLaunch> launch;
+        std::string owner{};
+        std::optional<ScriptingCommands> commands{};
+        /// The last start of its desktop entry by this process, until it came or a question told its failure.
+        std::shared_ptr<ApplicationLaunch> launch{};
     };
     /// An identifier that this process serves.
     struct Served {
@@ -75,12 +79,17 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     void lost() override;
 
     [[nodiscard]] std::expected<ScriptingCommands, NSError> commandsOf(const std::string& identifier);
-    [[nodiscard]] std::expected<ScriptingCommands, NSError> askForCommands(const std::string& identifier);
+    [[nodiscard]] std::expected<ScriptingCommands, NSError> findCommands(const std::string& identifier);
+    [[nodiscard]] std::expected<ScriptingCommands, NSError> askForCommands(const std::string& identifier,
+                                                                           BusConnection::Deadline deadline);
+    /// What a failed start of a desktop entry is to the next one who asks.
     enum class Failed { counts, startsAnew };
     [[nodiscard]] std::shared_ptr<ApplicationLaunch> launch(const std::string& identifier, Failed earlier);
-    void forgetFailedLaunch(const std::string& identifier);
-    [[nodiscard]] std::expected<std::string, NSError> callDaemon(const char* method, const char* argument);
-    void watch(sd_bus* bus, const std::string& identifier);
+    enum class Watched { asBefore, fromNow };
+    [[nodiscard]] bool askForOwner(const std::string& identifier, Watched watched);
+    Peer& watch(sd_bus* bus, const std::string& identifier);
+    void learnOwner(const std::string& identifier, std::uint64_t version, std::string_view owner);
+    void forgetAbsent(const std::string& identifier, Failed earlier);
     [[nodiscard]] bool isWanted() const { return !served_.empty() || !listeners_.empty(); }
     void search();
     static int onOwnerChanged(sd_bus_message* message, void* peer, sd_bus_error*);
@@ -99,6 +108,7 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
 
     BusConnection& connection_;
     std::map<std::string, Peer, std::less<>> peers_;
+    std::uint64_t lastVersion_ = 0;
     std::map<std::string, Served, std::less<>> served_;
     std::vector<std::shared_ptr<Listener>> listeners_;
     std::set<std::string, std::less<>> admitted_;

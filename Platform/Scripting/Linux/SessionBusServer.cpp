@@ -252,7 +252,7 @@ bool SessionBus::broadcast(const NSDistributedNotification& notification) {
     }
     // A process may post and end, so a new connection or a full socket is seen through: the bus answers only
     // when it has taken everything before.
-    return callDaemon("GetNameOwner", "org.freedesktop.DBus").has_value();
+    return askForOwner("org.freedesktop.DBus", Watched::asBefore);
 }
 
 std::shared_ptr<void> SessionBus::listen(const std::string& name, NotificationHandler handler) {
@@ -269,7 +269,7 @@ std::shared_ptr<void> SessionBus::listen(const std::string& name, NotificationHa
     if (open) {
         // The bus answers in order: once it has, it knows the match, and nothing that is posted now is
         // missed.
-        (void)callDaemon("GetNameOwner", "org.freedesktop.DBus");
+        (void)askForOwner("org.freedesktop.DBus", Watched::asBefore);
     } else {
         search();
     }

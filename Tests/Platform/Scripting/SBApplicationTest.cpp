@@ -146,7 +146,8 @@ TEST_F(SBApplicationTest, BusStartsTheTarget) {
 }
 
 TEST_F(SBApplicationTest, FailedStartsFailTheEventNotTheQuestion) {
-    bus.addService("com.example.broken", "/bin/false");
+    const auto starts = bus.directory() / "starts";
+    bus.addService("com.example.broken", "/bin/sh -c \"echo started >>" + starts.string() + "; exit 1\"");
     const auto app = application("com.example.broken");
     ASSERT_TRUE(app);
     EXPECT_TRUE(app->respondsToSelector("request:")) << "it can't be told; the call will";
@@ -156,6 +157,9 @@ TEST_F(SBApplicationTest, FailedStartsFailTheEventNotTheQuestion) {
     EXPECT_NE(failures->errors[0].description().find("org.freedesktop.DBus.Error.Spawn.ChildExited"),
               std::string::npos)
         << failures->errors[0].description();
+    EXPECT_EQ(std::filesystem::file_size(starts), sizeof "started") << "started once by one request";
+    EXPECT_EQ(app->request("hello"), std::nullopt);
+    EXPECT_EQ(std::filesystem::file_size(starts), 2 * sizeof "started") << "and anew by the next";
 }
 
 /// Puts the limit of calls back at its end.
@@ -171,6 +175,76 @@ TEST_F(SBApplicationTest, ACallThatIsNotAnsweredInTimeFails) {
     const ShortCalls limit;
     EXPECT_EQ(app->request("hold"), std::nullopt);
     EXPECT_EQ(failures->lastCode(), -1712);
+}
+
+TEST_F(SBApplicationTest, ATargetThatKeepsSilentIsAskedOnceByARequest) {
+    ChildProcess peer({kPlainPeer, "silent", kTarget, "/com/example/text_server"});
+    ASSERT_EQ(peer.readLine(), "serving");
+    const auto app = application();
+    {
+        const ShortCalls limit;
+        EXPECT_TRUE(app->respondsToSelector("request:")) << "it can't be told; the call will";
+        EXPECT_EQ(app->request("hello"), std::nullopt);
+        EXPECT_EQ(failures->errors.size(), 1U);
+        EXPECT_EQ(failures->lastCode(), -1712);
+        EXPECT_EQ(app->request("hello"), std::nullopt) << "the next one asks anew";
+    }
+    ChildProcess({kPlainPeer, "call", kTarget, "/com/example/text_server", "end"}).wait();
+    for (const char* heard : {"Introspect", "Introspect", "request"}) EXPECT_EQ(peer.readLine(), heard);
+}
+
+TEST_F(SBApplicationTest, AnOwnerThatGoesWhileItIsAskedForIsForgotten) {
+    sd_bus* raw = nullptr;
+    ASSERT_GE(sd_bus_open_user(&raw), 0);
+    const SdBusHandle other(raw);
+    // Another caller reads the socket as often as not, so an answer and what comes behind it are taken in
+    // before the one who asked goes on.
+    std::atomic<bool> done = false;
+    std::thread reader([&] {
+        while (!done) EXPECT_FALSE(nameHasOwner("com.example.other"));
+    });
+    for (int round = 0; round < 400; ++round) {
+        const std::string name = "com.example.short" + std::to_string(round);
+        ASSERT_GE(sd_bus_request_name(raw, name.c_str(), 0), 0);
+        // Sooner or later within the questions; which of them it hits doesn't matter to what must come out.
+        std::thread releaser([&] {
+            const auto until = std::chrono::steady_clock::now() + std::chrono::microseconds(round % 200 * 3);
+            while (std::chrono::steady_clock::now() < until) {
+            }
+            sd_bus_release_name(raw, name.c_str());
+        });
+        (void)nameHasOwner(name);
+        releaser.join();
+        // The answer is behind everything that the bus has told.
+        EXPECT_FALSE(nameHasOwner("com.example.nobody"));
+        EXPECT_FALSE(nameHasOwner(name)) << name;
+    }
+    done = true;
+    reader.join();
+}
+
+TEST_F(SBApplicationTest, NamesThatNobodyHasLeaveNoWatch) {
+    // The bus allows a connection 512 watches, unless it is told otherwise.
+    for (int i = 0; i < 900; ++i) {
+        const std::string name = "com.example.absent" + std::to_string(i);
+        auto& scripting = ScriptingBus::current();
+        switch (i % 3) {
+            case 0:
+                EXPECT_FALSE(scripting.request(name, "hello"));
+                break;
+            case 1:
+                EXPECT_FALSE(scripting.knowsRequestCommand(name));
+                break;
+            default:
+                scripting.start(name);
+        }
+    }
+    auto server = startServer();
+    EXPECT_TRUE(nameHasOwner(kTarget));
+    server->kill();
+    // The bus has seen the end when it has gone round its sockets again.
+    for (int round = 0; round < 2; ++round) EXPECT_FALSE(nameHasOwner("com.example.nobody"));
+    EXPECT_FALSE(nameHasOwner(kTarget)) << "its watch was refused";
 }
 
 TEST_F(SBApplicationTest, TargetThatGoesIsSeenAtOnce) {
