@@ -6,9 +6,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 #include "Classes/AppleScript/DistributedSender/DistributedSender.h"
 #include "Classes/AppleScript/RequestCommand/CommonRequests.h"
@@ -58,37 +60,51 @@ void hearNotifications() {
         });
 }
 
+constexpr const char* kExitCodes =
+    "\nExit codes:\n"
+    "  0  ended by a signal, with the process of --end-with, or with the bus that started it\n"
+    "  1  the identifier could not be claimed, or the help not be written\n"
+    "  2  the command line is wrong\n";
+
+[[noreturn]] void finish(std::string_view text) {
+    const bool written =
+        std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+    std::exit(written ? 0 : 1);
+}
+
 }  // namespace
 
 bool parseServerOptions(int argc, char** argv, ServerOptions& options, std::string_view help,
-                        const std::function<bool(std::string_view, std::string_view)>& other) {
+                        std::span<const ServerOption> others) {
     for (int i = 1; i < argc; ++i) {
         const std::string_view name = argv[i];
-        if (name == "--help") {
-            std::fwrite(help.data(), 1, help.size(), stdout);
-            std::exit(0);
-        }
+        if (name == "--help" || name == "-h") finish(std::string(help) + kExitCodes);
+        if (name == "--version") finish(ZQInfo::appBundleName() + " " + ZQInfo::appVersion() + "\n");
         if (name == "--allow-crash") {
             options.allowCrash = true;
             continue;
         }
-        const char* value = i + 1 < argc ? argv[i + 1] : nullptr;
-        bool understood = value != nullptr;
-        if (understood && name == "--without") {
-            options.without.emplace_back(value);
-        } else if (understood && name == "--end-with") {
-            const std::string_view number = value;
-            const auto [end, error] =
-                std::from_chars(number.data(), number.data() + number.size(), options.endWith);
-            understood = error == std::errc{} && end == number.data() + number.size() && options.endWith > 0;
-        } else if (understood) {
-            understood = other(name, value);
-        }
-        if (!understood) {
+        const auto option = std::ranges::find(others, name, &ServerOption::name);
+        if (name != "--without" && name != "--end-with" && option == others.end()) {
             std::fprintf(stderr, "%s: what is \"%s\"? --help tells the options\n", argv[0], argv[i]);
             return false;
         }
-        ++i;
+        if (++i == argc) {
+            std::fprintf(stderr, "%s: %s wants a value\n", argv[0], argv[i - 1]);
+            return false;
+        }
+        const std::string_view value = argv[i];
+        if (name == "--without") {
+            options.without.emplace_back(value);
+        } else if (option != others.end()) {
+            option->take(value);
+        } else {
+            const auto [end, error] = std::from_chars(value.begin(), value.end(), options.endWith);
+            if (error == std::errc{} && end == value.end() && options.endWith > 0) continue;
+            std::fprintf(stderr, "%s: --end-with wants the number of a process, not \"%s\"\n", argv[0],
+                         argv[i]);
+            return false;
+        }
     }
     return true;
 }

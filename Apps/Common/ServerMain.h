@@ -1,7 +1,6 @@
 #pragma once
 
-#include <functional>
-#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,10 +21,17 @@ struct ServerOptions {
     bool allowCrash = false;
 };
 
-/// Takes the options above out of the words; false, with a message, for a word that `other` doesn't take
-/// either. `other` is given an option's name and its value.
+/// An option of one server alone, which takes a value.
+struct ServerOption {
+    std::string_view name;
+    void (*take)(std::string_view value);
+};
+
+/// Takes the options above and `others` out of the words; false, with a message, for any other word, and for
+/// a value that is missing or none of the option's. Where they are asked for it prints `help`, with the exit
+/// codes of every server, or the version, and ends.
 bool parseServerOptions(int argc, char** argv, ServerOptions& options, std::string_view help,
-                        const std::function<bool(std::string_view name, std::string_view value)>& other);
+                        std::span<const ServerOption> others = {});
 
 /// Serves until a signal ends it. Gives the process's exit code: 0, or 1 if the identifier could not be
 /// claimed.

@@ -15,7 +15,8 @@ constexpr std::string_view kHelp =
     "  --without PATH      acts as if it had never heard of that request, as an older release; may be "
     "repeated\n"
     "  --end-with PID      ends when that process ends\n"
-    "  --allow-crash       hears \"debug/crash\", which ends it by a fault: for showing crash reports\n";
+    "  --allow-crash       hears \"debug/crash\", which ends it by a fault: for showing crash reports\n"
+    "  --version           tells the release\n";
 
 }  // namespace
 
@@ -23,7 +24,7 @@ int main(int argc, char** argv) {
     using namespace demo;
     using Command = ServerCommand<ServeTranslate, ServeOCR, ServeLaunch, ServeHotkeyFetch, ServeHotkeyHandle>;
     static ServerOptions options;
-    if (!parseServerOptions(argc, argv, options, kHelp, [](auto, auto) { return false; })) return 2;
+    if (!parseServerOptions(argc, argv, options, kHelp)) return 2;
     return runServer(options, [](zqcore::NSScriptCommandDescription description) {
         return zqcore::makeObject<Command>(std::move(description), options);
     });

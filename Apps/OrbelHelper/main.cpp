@@ -19,7 +19,8 @@ constexpr std::string_view kHelp =
     "  --without PATH                     acts as if it had never heard of that request; may be repeated\n"
     "  --end-with PID                     ends when that process ends\n"
     "  --allow-crash                      hears \"debug/crash\", which ends it by a fault: for showing crash "
-    "reports\n";
+    "reports\n"
+    "  --version                          tells the release\n";
 
 std::shared_ptr<zqcore::ASClient> parseApplication(std::string_view text) {
     auto application = zqcore::ASClient::make();
@@ -38,14 +39,11 @@ int main(int argc, char** argv) {
     using Command = ServerCommand<ServeOpen, ServeHotkey, ServeToggle, ServeSelectedText, ServeCurrentApp,
                                   ServeLaunch, ServeHotkeyFetch, ServeHotkeyHandle>;
     static ServerOptions options;
-    const bool understood =
-        parseServerOptions(argc, argv, options, kHelp, [](std::string_view name, std::string_view value) {
-            auto& state = HelperState::shared();
-            if (name == "--current-app") state.currentApp = parseApplication(value);
-            if (name == "--selected-text") state.selectedText = value;
-            return name == "--current-app" || name == "--selected-text";
-        });
-    if (!understood) return 2;
+    constexpr ServerOption kOthers[] = {
+        {"--current-app", [](auto value) { HelperState::shared().currentApp = parseApplication(value); }},
+        {"--selected-text", [](auto value) { HelperState::shared().selectedText = value; }},
+    };
+    if (!parseServerOptions(argc, argv, options, kHelp, kOthers)) return 2;
     return runServer(options, [](zqcore::NSScriptCommandDescription description) {
         return zqcore::makeObject<Command>(std::move(description), options);
     });
