@@ -15,12 +15,16 @@ bool metHelp = false;
 }  // namespace
 
 std::optional<Arguments> Arguments::parse(std::span<const std::string> words,
-                                          std::initializer_list<Option> options, std::size_t leastWords,
-                                          std::size_t mostWords) {
+                                          std::initializer_list<Option> options,
+                                          std::initializer_list<std::string_view> names) {
     Arguments result;
     bool onlyWords = false;
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::string& word = words[i];
+        if (!onlyWords && (word == "--help" || word == "-h")) {
+            metHelp = true;
+            return std::nullopt;
+        }
         if (onlyWords || !word.starts_with("--")) {
             result.words_.push_back(word);
             continue;
@@ -28,10 +32,6 @@ std::optional<Arguments> Arguments::parse(std::span<const std::string> words,
         if (word == "--") {
             onlyWords = true;
             continue;
-        }
-        if (word == "--help") {
-            metHelp = true;
-            return std::nullopt;
         }
         const auto equals = word.find('=');
         const auto name = std::string_view(word).substr(2, equals == std::string::npos ? equals : equals - 2);
@@ -53,9 +53,13 @@ std::optional<Arguments> Arguments::parse(std::span<const std::string> words,
             return std::nullopt;
         }
     }
-    if (result.words_.size() < leastWords || result.words_.size() > mostWords) {
-        complain(result.words_.size() < leastWords ? "something is missing; try --help"
-                                                   : "one word too many: " + result.words_[mostWords]);
+    const auto given = result.words_.size();
+    if (given > names.size()) {
+        complain("one word too many: " + result.words_[names.size()]);
+        return std::nullopt;
+    }
+    if (given < names.size() && !names.begin()[given].starts_with('[')) {
+        complain(std::string(names.begin()[given]) + " is missing; try --help");
         return std::nullopt;
     }
     return result;
@@ -78,6 +82,17 @@ std::optional<double> Arguments::positiveNumber(std::string_view option, double 
         return std::nullopt;
     }
     return number;
+}
+
+bool Arguments::addresseeIsGood() const {
+    const auto to = value("to");
+    const auto fits = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' ||
+               c == '-' || c == '_';
+    };
+    if (!to || (!to->empty() && std::ranges::all_of(*to, fits))) return true;
+    complain("\"" + *to + "\" is no identifier");
+    return false;
 }
 
 }  // namespace zq

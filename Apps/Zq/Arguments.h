@@ -11,8 +11,7 @@
 namespace zq {
 
 /// The words behind a command, sorted into options and the rest. Options are long ones, `--to VALUE` or
-/// `--to=VALUE`;
-/// `--` ends them.
+/// `--to=VALUE`; `--` ends them.
 class Arguments {
   public:
     struct Option {
@@ -20,11 +19,12 @@ class Arguments {
         bool takesValue = true;
     };
 
-    /// Absent, with a message on standard error, for an unknown option, a missing value or a wrong count of
-    /// words; absent without one for --help in the place of an option.
+    /// `names` are those of the words, as the usage has them: "KEY", or "[KEY]" for one that may be left out.
+    /// Absent, with a message on standard error, for an unknown option, a missing value, a missing word or
+    /// one too many; absent without one for --help or -h in the place of an option.
     [[nodiscard]] static std::optional<Arguments> parse(std::span<const std::string> words,
                                                         std::initializer_list<Option> options,
-                                                        std::size_t leastWords, std::size_t mostWords);
+                                                        std::initializer_list<std::string_view> names);
 
     /// Whether that was met; the command's help is to be printed then.
     [[nodiscard]] static bool helpIsWanted();
@@ -34,6 +34,8 @@ class Arguments {
     /// A number above 0 under `option`, `otherwise` without the option; absent, with a message, for anything
     /// else.
     [[nodiscard]] std::optional<double> positiveNumber(std::string_view option, double otherwise) const;
+    /// Whether --to, where it is given, can be an application's identifier; a message if not.
+    [[nodiscard]] bool addresseeIsGood() const;
     [[nodiscard]] const std::vector<std::string>& words() const { return words_; }
 
   private:

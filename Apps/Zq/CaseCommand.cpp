@@ -25,7 +25,7 @@ constexpr Convention kConventions[] = {
 };
 
 int run(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {{"to"}, {"raw", false}}, 1, 1);
+    const auto parsed = Arguments::parse(arguments, {{"to"}, {"raw", false}}, {"TEXT"});
     if (!parsed) return kUsage;
     const auto to = parsed->value("to");
     const auto* const wanted =
@@ -47,6 +47,8 @@ int run(std::span<const std::string> arguments) {
     return finishWith(Value(std::move(result)));
 }
 
+constexpr Offer kOffers[] = {{"*", "--to --raw"}};
+
 }  // namespace
 
 const Command kCaseCommand = {
@@ -62,7 +64,7 @@ const Command kCaseCommand = {
         "example:\n"
         "  zq case parseHTTPResponse --to snake --raw      prints parse_http_response\n",
     .codes = exitCodes(),
-    .completions = "--to --raw camel upperCamel snake kebab constant",
+    .offers = kOffers,
     .hidden = false,
     .run = run,
 };

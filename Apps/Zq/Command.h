@@ -24,6 +24,15 @@ constexpr unsigned exitCodes(Code... more) {
     return ((1U << kDone | 1U << kUsage | 1U << kUnreadable) | ... | (1U << more));
 }
 
+/// What may come next on a command line.
+struct Offer {
+    /// The first word behind the command's name that is no option; empty before there is one, "*" for any or
+    /// none.
+    std::string_view after;
+    /// Separated by blanks.
+    std::string_view words;
+};
+
 /// One word of the command line: what it does, how it is taught, and what runs.
 struct Command {
     std::string_view name;
@@ -33,8 +42,8 @@ struct Command {
     std::string_view help;
     /// Made by `exitCodes`.
     unsigned codes;
-    /// Options and words that the shell may offer after the name, separated by blanks.
-    std::string_view completions;
+    /// What the shell may offer behind the name; the first that fits counts.
+    std::span<const Offer> offers;
     /// Left out of the overview: called by our own scripts.
     bool hidden;
     int (*run)(std::span<const std::string> arguments);

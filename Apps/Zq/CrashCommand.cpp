@@ -20,7 +20,6 @@
 #include "Classes/Crash/ZQCrash.h"
 #include "Classes/Log/Log/ZQLog.h"
 #include "Platform/Foundation/NSPath.h"
-#include "Platform/Foundation/Text/Utf8.h"
 
 extern char** environ;
 
@@ -34,19 +33,15 @@ using Report = ZQCrash::ExportedReport;
 
 /// The folder of the reports of --to, or of zq itself; absent with a message.
 std::optional<std::string> directoryOf(const Arguments& parsed) {
+    if (!parsed.addresseeIsGood()) return std::nullopt;
     const auto to = parsed.value("to");
-    if (!to) return ZQCrash::exportDirectory();
-    if (!to->empty() && to->find('/') == std::string::npos && isValidUTF8(*to)) {
-        return ZQCrash::exportDirectory(*to);
-    }
-    complain("\"" + *to + "\" is no identifier");
-    return std::nullopt;
+    return to ? ZQCrash::exportDirectory(*to) : ZQCrash::exportDirectory();
 }
 
 Value dateOf(const Report& report) { return report.date ? Value(dateText(*report.date)) : Value(); }
 
 int list(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {{"to"}}, 0, 0);
+    const auto parsed = Arguments::parse(arguments, {{"to"}}, {});
     const auto directory = parsed ? directoryOf(*parsed) : std::nullopt;
     if (!directory) return kUsage;
     Value::Array reports;
@@ -73,7 +68,7 @@ Value::Dictionary described(const Report& report, const std::string& text) {
 }
 
 int show(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {{"to"}, {"raw", false}, {"brief", false}}, 0, 1);
+    const auto parsed = Arguments::parse(arguments, {{"to"}, {"raw", false}, {"brief", false}}, {"[NAME]"});
     const auto directory = parsed ? directoryOf(*parsed) : std::nullopt;
     if (!directory) return kUsage;
     const std::vector<Report> reports = ZQCrash::exportedReports(*directory);
@@ -117,7 +112,7 @@ std::optional<int> letChildDie(const std::string& fault, const std::string& wher
 
 /// Runs in the child.
 int die(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {{"on"}}, 1, 1);
+    const auto parsed = Arguments::parse(arguments, {{"on"}}, {"FAULT"});
     if (!parsed) return kUsage;
     const std::string& fault = parsed->words()[0];
     ZQCrash::install();
@@ -131,7 +126,7 @@ int die(std::span<const std::string> arguments) {
 }
 
 int test(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {{"on"}}, 0, 1);
+    const auto parsed = Arguments::parse(arguments, {{"on"}}, {"[FAULT]"});
     if (!parsed) return kUsage;
     const std::string fault = parsed->words().empty() ? "segv" : parsed->words()[0];
     const std::string where = parsed->value("on").value_or("main");
@@ -165,6 +160,11 @@ int run(std::span<const std::string> arguments) {
     return complain("zq crash knows list, show and test; try zq crash --help");
 }
 
+constexpr Offer kOffers[] = {{"", "list show test"},
+                             {"list", "--to"},
+                             {"show", "--to --brief --raw"},
+                             {"test", "segv abort bus ill fpe trap throw overflow --on"}};
+
 }  // namespace
 
 const Command kCrashCommand = {
@@ -189,9 +189,7 @@ const Command kCrashCommand = {
         "  --raw     print the bare text, not JSON\n"
         "  --on      where the child dies: on its main thread (the default) or on that of a queue\n",
     .codes = exitCodes(kAnsweredWithError),
-    .completions =
-        "list show test --to --brief --raw --on segv abort bus ill fpe trap throw overflow main queue "
-        "com.tessaradev.Orbel com.tessaradev.OrbelHelper",
+    .offers = kOffers,
     .hidden = false,
     .run = run,
 };

@@ -64,7 +64,8 @@ std::optional<Data> keyOf(const Arguments& parsed, int& code) {
         return content ? std::optional(Data(withoutLineEnd(std::move(*content)))) : std::nullopt;
     }
     const std::string name = variable.value_or(kUsualVariable);
-    if (const char* value = std::getenv(name.c_str())) return Data(std::string(value));
+    // Whoever writes "ZQ_KEY=$KEY" with a misspelt name has no key either.
+    if (const char* value = std::getenv(name.c_str()); value && *value) return Data(std::string(value));
     complain("there is no key: give --key-file FILE, or set the environment variable " + name);
     return std::nullopt;
 }
@@ -76,7 +77,7 @@ int finishWithCode(const Algorithm& algorithm, const Result& result, bool raw) {
 }
 
 int digest(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {{"algorithm"}, {"raw", false}}, 1, 1);
+    const auto parsed = Arguments::parse(arguments, {{"algorithm"}, {"raw", false}}, {"TEXT"});
     const Algorithm* algorithm = parsed ? algorithmOf(*parsed) : nullptr;
     if (!algorithm) return kUsage;
     auto bytes = readArgument(parsed->words()[0]);
@@ -88,7 +89,7 @@ int digest(std::span<const std::string> arguments) {
 
 int hmac(std::span<const std::string> arguments) {
     const auto parsed =
-        Arguments::parse(arguments, {{"algorithm"}, {"key-file"}, {"key-env"}, {"raw", false}}, 1, 1);
+        Arguments::parse(arguments, {{"algorithm"}, {"key-file"}, {"key-env"}, {"raw", false}}, {"TEXT"});
     const Algorithm* algorithm = parsed ? algorithmOf(*parsed) : nullptr;
     if (!algorithm) return kUsage;
     int code = kUsage;
@@ -119,7 +120,7 @@ int decrypt(const Arguments& parsed, const Data& text, const Data& key) {
 
 int cipher(std::span<const std::string> arguments,
            int (*run)(const Arguments& parsed, const Data& text, const Data& key)) {
-    const auto parsed = Arguments::parse(arguments, {{"key-file"}, {"key-env"}, {"raw", false}}, 1, 1);
+    const auto parsed = Arguments::parse(arguments, {{"key-file"}, {"key-env"}, {"raw", false}}, {"TEXT"});
     if (!parsed) return kUsage;
     int code = kUsage;
     const auto key = keyOf(*parsed, code);
@@ -137,6 +138,11 @@ int run(std::span<const std::string> arguments) {
     return complain("zq crypt knows digest, hmac, encrypt and decrypt; try zq crypt --help");
 }
 
+constexpr Offer kOffers[] = {{"", "digest hmac encrypt decrypt"},
+                             {"digest", "--algorithm --raw"},
+                             {"hmac", "--algorithm --key-file --key-env --raw"},
+                             {"*", "--key-file --key-env --raw"}};
+
 }  // namespace
 
 const Command kCryptCommand = {
@@ -144,16 +150,17 @@ const Command kCryptCommand = {
     .summary = "digest, authenticate, encrypt or decrypt a text",
     .help =
         "usage: zq crypt digest TEXT [--algorithm md5|sha1|sha256|sha384|sha512] [--raw]\n"
-        "       zq crypt hmac TEXT KEY [--algorithm ...] [--raw]\n"
-        "       zq crypt encrypt TEXT KEY [--raw]\n"
-        "       zq crypt decrypt BASE64 KEY [--raw]\n\n"
+        "       zq crypt hmac TEXT [--key-file FILE | --key-env NAME] [--algorithm ...] [--raw]\n"
+        "       zq crypt encrypt TEXT [--key-file FILE | --key-env NAME] [--raw]\n"
+        "       zq crypt decrypt BASE64 [--key-file FILE | --key-env NAME] [--raw]\n\n"
         "TEXT is - for the bytes of standard input, as they are. The cipher is the applications' own: \n"
         "AES-256-CBC without salt, key and vector both made from the key's SHA-384. A text that decrypts to "
         "no\n"
         "UTF-8 has \"text\" null; its bytes stand under \"base64\".\n\n"
-        "KEY never stands on the command line, where every process could read it. It is one of:\n"
+        "The key never stands on the command line, where every process could read it. It is one of:\n"
         "  --key-file FILE    the file's content without a line end at its end; - for standard input\n"
-        "  --key-env NAME     the value of that environment variable; ZQ_KEY without either option\n\n"
+        "  --key-env NAME     the value of that environment variable, which can't be empty; ZQ_KEY without\n"
+        "                     either option\n\n"
         "  --algorithm NAME   sha256 by default\n"
         "  --raw              print no JSON: digests in hexadecimal, cipher texts in base64, plain texts as "
         "they\n"
@@ -162,8 +169,7 @@ const Command kCryptCommand = {
         "example:\n"
         "  zq crypt encrypt 'good morning' --key-file ~/.orbel-key --raw\n",
     .codes = exitCodes(),
-    .completions =
-        "digest hmac encrypt decrypt --algorithm --key-file --key-env --raw md5 sha1 sha256 sha384 sha512",
+    .offers = kOffers,
     .hidden = false,
     .run = run,
 };

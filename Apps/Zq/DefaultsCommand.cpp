@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -87,6 +89,21 @@ std::optional<Value> dateIn(const std::string& text) {
     return std::nullopt;
 }
 
+/// The types of --type, and what a value of each is called in a message.
+struct Type {
+    std::string_view name;
+    std::string_view wants;
+};
+constexpr Type kTypes[] = {
+    {"string", "a text"},
+    {"integer", "a whole number of 64 bits"},
+    {"real", "a number"},
+    {"boolean", "true, false, yes, no, 1 or 0"},
+    {"date", "a date like 2021-03-04T05:06:07Z, of the years 1678 to 2261"},
+    {"data", "base64"},
+    {"json", "a JSON array or object"},
+};
+
 /// `text` as a value of the type; absent if it is none.
 std::optional<Value> valueOf(const std::string& text, std::string_view type) {
     if (type == "string") return Value(text);
@@ -117,26 +134,24 @@ std::optional<Value> valueOf(const std::string& text, std::string_view type) {
 std::shared_ptr<NSUserDefaults> settingsOf(const Arguments& parsed, int& code) {
     const auto to = parsed.value("to");
     code = kUsage;
+    if (!parsed.addresseeIsGood()) return nullptr;
     if (!parsed.words().empty() && !isValidUTF8(parsed.words()[0])) {
         complain("the key isn't UTF-8");
         return nullptr;
     }
     auto settings = to ? NSUserDefaults::initWithSuiteName(*to) : NSUserDefaults::standardUserDefaults();
-    if (!settings || !isValidUTF8(to.value_or(""))) {
-        complain("\"" + to.value_or("") + "\" is no identifier");
-        return nullptr;
-    }
     code = kUnreadable;
-    if (!settings->synchronize()) {
-        complain("can't read " + settings->path());
+    if (!settings || !settings->synchronize()) {
+        complain("can't read " + (settings ? settings->path() : "the settings of " + to.value_or("zq")));
         return nullptr;
     }
     return settings;
 }
 
 int read(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {{"to"}, {"raw", false}}, 0, 1);
+    const auto parsed = Arguments::parse(arguments, {{"to"}, {"raw", false}}, {"[KEY]"});
     if (!parsed) return kUsage;
+    if (parsed->has("raw") && parsed->words().empty()) return complain("--raw wants a KEY");
     int code = kUsage;
     const auto settings = settingsOf(*parsed, code);
     if (!settings) return code;
@@ -165,15 +180,18 @@ int read(std::span<const std::string> arguments) {
 }
 
 int write(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {{"to"}, {"type"}}, 2, 2);
+    const auto parsed = Arguments::parse(arguments, {{"to"}, {"type"}}, {"KEY", "VALUE"});
     if (!parsed) return kUsage;
+    const std::string name = parsed->value("type").value_or("string");
+    const auto* const type = std::ranges::find(kTypes, std::string_view(name), &Type::name);
+    if (type == std::end(kTypes))
+        return complain("--type is string, integer, real, boolean, date, data or json, not \"" + name + "\"");
     const std::string& key = parsed->words()[0];
     auto text = readTextArgument(parsed->words()[1]);
     if (!text) return kUnreadable;
     if (parsed->words()[1] == "-") text = withoutLineEnd(std::move(*text));
-    const std::string type = parsed->value("type").value_or("string");
-    const auto value = valueOf(*text, type);
-    if (!value) return complain("the value is no " + type + "; zq defaults --help tells the types");
+    const auto value = valueOf(*text, type->name);
+    if (!value) return complain("--type " + name + " wants " + std::string(type->wants));
     if (const auto wrong = PropertyList::whyInvalid(Value(Value::Dictionary{{key, *value}}))) {
         return complain("settings can't hold " + *wrong);
     }
@@ -187,7 +205,7 @@ int write(std::span<const std::string> arguments) {
 }
 
 int remove(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {{"to"}}, 1, 1);
+    const auto parsed = Arguments::parse(arguments, {{"to"}}, {"KEY"});
     if (!parsed) return kUsage;
     int code = kUsage;
     const auto settings = settingsOf(*parsed, code);
@@ -208,29 +226,31 @@ int run(std::span<const std::string> arguments) {
     return complain("zq defaults knows read, write and delete; try zq defaults --help");
 }
 
+constexpr Offer kOffers[] = {
+    {"", "read write delete"}, {"read", "--to --raw"}, {"write", "--to --type"}, {"delete", "--to"}};
+
 }  // namespace
 
 const Command kDefaultsCommand = {
     .name = "defaults",
     .summary = "read, write or delete settings of an application",
     .help =
-        "usage: zq defaults read [KEY] [--to IDENTIFIER] [--raw]\n"
+        "usage: zq defaults read [--to IDENTIFIER]\n"
+        "       zq defaults read KEY [--to IDENTIFIER] [--raw]\n"
         "       zq defaults write KEY VALUE [--to IDENTIFIER] [--type TYPE]\n"
         "       zq defaults delete KEY [--to IDENTIFIER]\n\n"
         "Works on the settings of the application, or of zq itself. It may be running: nobody loses what "
         "the\n"
         "other writes under another key, and it sees the change when it next reads its file. VALUE may be -\n"
         "for standard input.\n\n"
-        "  --type TYPE   string (the default), integer, real, boolean (true or false), date (as\n"
-        "                2021-03-04T05:06:07Z), data (in base64), or json for an array or object\n"
-        "  --raw         print the bare value\n\n"
+        "  --type TYPE   string (the default), integer, real, boolean (true, yes, 1 or false, no, 0), date\n"
+        "                (as 2021-03-04T05:06:07Z), data (in base64), or json for an array or object\n"
+        "  --raw         print the bare value of KEY\n\n"
         "Dates and data are printed as such texts; \"type\" tells what they are.\n\n"
         "example:\n"
         "  zq defaults write windowSize '[800,600]' --type json --to com.tessaradev.Orbel\n",
     .codes = exitCodes(kAnsweredWithError),
-    .completions =
-        "read write delete --to --type --raw string integer real boolean date data json com.tessaradev.Orbel "
-        "com.tessaradev.OrbelHelper",
+    .offers = kOffers,
     .hidden = false,
     .run = run,
 };

@@ -15,7 +15,7 @@ using namespace zqcore;
 namespace {
 
 int strip(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {{"with"}, {"raw", false}}, 1, 1);
+    const auto parsed = Arguments::parse(arguments, {{"with"}, {"raw", false}}, {"TEXT"});
     if (!parsed) return kUsage;
     const std::string& word = parsed->words()[0];
     const auto text = readTextArgument(word);
@@ -30,7 +30,7 @@ int strip(std::span<const std::string> arguments) {
 }
 
 int list(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {}, 1, 1);
+    const auto parsed = Arguments::parse(arguments, {}, {"TEXT"});
     if (!parsed) return kUsage;
     const auto text = readTextArgument(parsed->words()[0]);
     if (!text) return kUnreadable;
@@ -49,6 +49,8 @@ int run(std::span<const std::string> arguments) {
     return complain("zq emoji knows \"strip\" and \"list\"; try zq emoji --help");
 }
 
+constexpr Offer kOffers[] = {{"", "strip list"}, {"strip", "--with --raw"}};
+
 }  // namespace
 
 const Command kEmojiCommand = {
@@ -65,7 +67,7 @@ const Command kEmojiCommand = {
         "example:\n"
         "  zq emoji strip - --raw <chat.txt >plain.txt\n",
     .codes = exitCodes(),
-    .completions = "strip list --with --raw",
+    .offers = kOffers,
     .hidden = false,
     .run = run,
 };

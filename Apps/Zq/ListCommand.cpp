@@ -31,7 +31,7 @@ Value fieldsOf(const JSONRecordInfo& record) {
 }
 
 int run(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {}, 0, 1);
+    const auto parsed = Arguments::parse(arguments, {}, {"[PATH]"});
     if (!parsed) return kUsage;
     Value::Array list;
     for (const auto& entry : requestCatalogue()) {
@@ -51,6 +51,10 @@ int run(std::span<const std::string> arguments) {
     return finishWith(Value(std::move(list)));
 }
 
+constexpr Offer kOffers[] = {
+    {"",
+     "translate ocr open hotkey toggle selected/text current/app info launch hotkey/fetch hotkey/handle"}};
+
 }  // namespace
 
 const Command kListCommand = {
@@ -61,8 +65,7 @@ const Command kListCommand = {
         "Prints a JSON array of all requests, or of those with that path: path, type, to whom, the lowest\n"
         "version that knows it, and the fields of request and response.\n",
     .codes = exitCodes(kAnsweredWithError),
-    .completions =
-        "translate ocr open hotkey toggle selected/text current/app info launch hotkey/fetch hotkey/handle",
+    .offers = kOffers,
     .hidden = false,
     .run = run,
 };

@@ -13,22 +13,24 @@ using namespace zqcore;
 namespace {
 
 constexpr const char* kLevelKey = "ZQLog_logLevel";
+constexpr std::uint32_t kEveryLevel = 31;
 
 int run(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {{"to"}}, 1, 2);
+    const auto parsed = Arguments::parse(arguments, {{"to"}}, {"level", "[N]"});
     if (!parsed) return kUsage;
     if (parsed->words()[0] != "level") return complain("zq log knows \"level\"; try zq log --help");
+    if (!parsed->addresseeIsGood()) return kUsage;
     const auto to = parsed->value("to");
     const auto defaults =
         to ? NSUserDefaults::initWithSuiteName(*to) : NSUserDefaults::standardUserDefaults();
-    if (!defaults) return complain("\"" + to.value_or("") + "\" is no identifier");
+    if (!defaults) return complain("there are no settings of " + to.value_or("zq"), kUnreadable);
 
     if (parsed->words().size() == 2) {
         const std::string& text = parsed->words()[1];
         std::uint32_t level = 0;
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), level);
-        if (error != std::errc{} || end != text.data() + text.size()) {
-            return complain("a level is a number: error 1, warning 2, info 4, debug 8, verbose 16, added up");
+        if (error != std::errc{} || end != text.data() + text.size() || level > kEveryLevel) {
+            return complain("a level is error 1, warning 2, info 4, debug 8, verbose 16, added up: 0 to 31");
         }
         defaults->setInteger(level, kLevelKey);
         if (!defaults->synchronize()) return complain("can't write " + defaults->path(), kUnreadable);
@@ -42,6 +44,8 @@ int run(std::span<const std::string> arguments) {
     return finishWith(Value(std::move(result)));
 }
 
+constexpr Offer kOffers[] = {{"", "level"}, {"*", "--to"}};
+
 }  // namespace
 
 const Command kLogCommand = {
@@ -49,13 +53,12 @@ const Command kLogCommand = {
     .summary = "read or set the log level of an application",
     .help =
         "usage: zq log level [N] [--to IDENTIFIER]\n\n"
-        "Stores the log level N, a sum of error 1, warning 2, info 4, debug 8 and verbose 16, in the "
-        "settings of\n"
-        "the application, or of zq itself; it holds from the application's next start on. Without N it "
-        "prints\n"
-        "what is stored; null means the usual level, 7.\n",
+        "Stores the log level N, a sum of error 1, warning 2, info 4, debug 8 and verbose 16, in the\n"
+        "settings of the application, or of zq itself; it holds from the application's next start on, and\n"
+        "0 silences its log. Without N it prints what the application will make of what is stored; null\n"
+        "means the usual level, 7.\n",
     .codes = exitCodes(),
-    .completions = "level --to com.tessaradev.Orbel com.tessaradev.OrbelHelper",
+    .offers = kOffers,
     .hidden = false,
     .run = run,
 };

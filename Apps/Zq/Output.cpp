@@ -16,23 +16,16 @@ using zqcore::Value;
 
 namespace {
 
-Value shortened(const Value& value) {
-    constexpr std::size_t kLongest = 100;
-    constexpr std::size_t kKept = 24;
-    if (const auto* text = value.asString(); text && text->size() > kLongest) {
-        std::size_t cut = kKept;
-        while (cut > 0 && (static_cast<unsigned char>((*text)[cut]) & 0xC0) == 0x80)
-            --cut;  // not inside a character
-        return {text->substr(0, cut) + "… (" + std::to_string(text->size()) + " bytes)"};
-    }
+Value withShortTexts(const Value& value) {
+    if (const auto* text = value.asString()) return {shortened(*text)};
     if (const auto* array = value.asArray()) {
         Value::Array result;
-        for (const auto& element : *array) result.push_back(shortened(element));
+        for (const auto& element : *array) result.push_back(withShortTexts(element));
         return {std::move(result)};
     }
     if (const auto* dictionary = value.asDictionary()) {
         Value::Dictionary result;
-        for (const auto& [key, element] : *dictionary) result.set(key, shortened(element));
+        for (const auto& [key, element] : *dictionary) result.set(key, withShortTexts(element));
         return {std::move(result)};
     }
     return value;
@@ -48,6 +41,23 @@ bool put(std::string_view bytes) {
 
 }  // namespace
 
+std::string shortened(const std::string& text) {
+    constexpr std::size_t kLongest = 100;
+    constexpr std::size_t kKept = 24;
+    if (text.size() <= kLongest) return text;
+    std::size_t cut = kKept;
+    while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80)
+        --cut;  // not inside a character
+    return text.substr(0, cut) + "… (" + std::to_string(text.size()) + " bytes)";
+}
+
+void keepStandardNumbers() {
+    for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The lowest free number is the one that is given.
+        if (::fcntl(number, F_GETFD) < 0) ::open("/dev/null", number == STDOUT_FILENO ? O_RDONLY : O_WRONLY);
+    }
+}
+
 void claimStandardOutput() {
     const int own = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     if (own < 0) return;
@@ -56,7 +66,7 @@ void claimStandardOutput() {
 }
 
 bool printJSON(Value value, bool brief) {
-    if (brief) value = shortened(value);
+    if (brief) value = withShortTexts(value);
     auto text = zqcore::JSONTool::encodeToString(value);
     if (!text) return false;
     text->push_back('\n');

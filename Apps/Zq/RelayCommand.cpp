@@ -1,11 +1,11 @@
 #include <cstdio>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "Apps/Zq/Arguments.h"
 #include "Apps/Zq/Command.h"
+#include "Apps/Zq/Input.h"
 #include "Apps/Zq/Output.h"
 #include "Platform/Scripting/SBApplication.h"
 
@@ -21,13 +21,6 @@ struct Failure final : SBApplicationDelegate {
     void eventDidFail(std::string_view, const NSError& failure) override { error = failure; }
 };
 
-std::string standardInput() {
-    std::string text;
-    char buffer[65536];
-    for (std::size_t got; (got = std::fread(buffer, 1, sizeof buffer, stdin)) > 0;) text.append(buffer, got);
-    return text;
-}
-
 /// The installed script hands the last line of standard error on to its caller.
 int fail(long code, const std::string& text) {
     std::fprintf(stderr, "error %ld: %s\n", code, text.c_str());
@@ -35,14 +28,16 @@ int fail(long code, const std::string& text) {
 }
 
 int run(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {}, 1, 1);
+    const auto parsed = Arguments::parse(arguments, {}, {"IDENTIFIER"});
     if (!parsed) return kUsage;
     const std::string& identifier = parsed->words()[0];
     const auto application = SBApplication::make(identifier);
     if (!application) return fail(-600, "no application has the identifier " + identifier);
+    const auto text = readContent("-");
+    if (!text) return kUnreadable;
     const auto failure = std::make_shared<Failure>();
     application->setDelegate(failure);
-    const auto answer = application->request(standardInput());
+    const auto answer = application->request(*text);
     if (failure->error) return fail(failure->error->code(), failure->error->localizedDescription());
     if (!answer) return fail(-1708, "the command gave no result");
     return finishWithBytes(*answer, /*line=*/false);
@@ -60,7 +55,7 @@ const Command kRelayCommand = {
         "user script calls it. A failure ends with \"error NUMBER: TEXT\" on standard "
         "error.\n",
     .codes = exitCodes(kNotDelivered),
-    .completions = "com.tessaradev.Orbel com.tessaradev.OrbelHelper",
+    .offers = {},
     .hidden = true,
     .run = run,
 };

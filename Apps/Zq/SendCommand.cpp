@@ -2,11 +2,12 @@
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
-#include <type_traits>
 #include <utility>
 
 #include "Apps/Zq/Arguments.h"
+#include "Apps/Zq/BodyChanges.h"
 #include "Apps/Zq/Bus.h"
 #include "Apps/Zq/Command.h"
 #include "Apps/Zq/Input.h"
@@ -48,18 +49,31 @@ Value valueOf(const std::shared_ptr<Model>& model) {
     return model->encodeToJSONObject().value_or(Value());
 }
 
+/// Tells in a message what a body was found wrong with.
+void complainOfBody(const Order& order, const JSONError& error) {
+    complain(error.kind == JSONError::Kind::corrupted
+                 ? "the body is no JSON: " + error.description()
+                 : "the body doesn't fit the request " + order.path + ": " + error.description() +
+                       "; zq list " + order.path + " tells its fields");
+}
+
 /// The request value of type `R` with the order's path and body; null, with a message, if the body doesn't
-/// fit.
+/// fit. What of the body is not sent as it stands there is told in messages too.
 template <class R>
 std::shared_ptr<typename R::RequestValue> requestValueOf(const Order& order) {
     auto value = R::RequestValue::make();
     if (order.body) {
         if constexpr (requires { value->body; }) {
-            using Body = std::remove_cvref_t<decltype(*value->body)>;
-            value->body = JSONTool::decodeToModel<Body>(std::string_view(*order.body));
-            if (!value->body) {
-                complain("the body doesn't fit the request " + order.path + "; zq list tells its fields");
+            auto body = JSONDecoder().decode<decltype(value->body)>(*order.body);
+            if (!body) {
+                complainOfBody(order, body.error());
                 return nullptr;
+            }
+            value->body = *std::move(body);
+            if constexpr (requires { value->body->encodeToJSONObject(); }) {
+                const auto given = JSONDecoder().decode<Value>(*order.body);
+                const auto sent = value->body->encodeToJSONObject();
+                if (given && sent) complainOfChanges(*given, *sent);
             }
         } else {
             complain("the request " + order.path + " has no body");
@@ -70,21 +84,61 @@ std::shared_ptr<typename R::RequestValue> requestValueOf(const Order& order) {
     return value;
 }
 
-template <class R>
-int report(const Order& order, std::string_view status, double milliseconds,
-           const std::shared_ptr<R>& request) {
+template <class Request>
+Value::Dictionary resultOf(std::string_view status, double milliseconds, const Request& requestValue) {
     Value::Dictionary result;
     result.set("status", status);
     result.set("milliseconds", static_cast<double>(static_cast<long>(milliseconds * 1000)) / 1000);
-    result.set("request", valueOf(request->requestValue));
-    if (request->responseValue) result.set("response", valueOf(request->responseValue));
+    result.set("request", valueOf(requestValue));
+    return result;
+}
+
+/// What the failure of a request means, by the name of its status, which the carriers share.
+std::string failureText(const Order& order, std::string_view status, std::size_t length) {
+    const std::size_t mebibytes = order.carrier == Carrier::distributed ? 64 : 100;
+    if (status == "notInstalled" || status == "notInstalledApp") return order.to + " isn't installed";
+    if (status == "notInstalledAppleScript")
+        return "the user script isn't installed; zq install-script does it";
+    if (status == "initializationFailed") return "the user script can't be run";
+    if (status == "encodeRequestFail") return "the request can't be written as JSON";
+    if (status == "notSupportRequest") return order.to + " takes no requests";
+    if (status == "appleScriptPermission") return "it isn't allowed to talk to " + order.to;
+    if (status == "decodeResponseFail") return order.to + " answered, but not as the request " + order.path;
+    if (length > mebibytes << 20)
+        return "that is more than the " + std::to_string(mebibytes) + " MiB which this carrier takes";
+    const std::string seeLog = "; the log tells more (ZQ_LOG_TO_STDERR, see zq --help)";
+    if (order.carrier == Carrier::distributed) return "the broadcast was not sent" + seeLog;
+    // Who crashes over a request has got it.
+    return "no answer from " + order.to + ", which may have got the request or not" + seeLog;
+}
+
+std::string errorText(const ASError& error) {
+    const std::string code(error.code ? caseText(*error.code) : "no code");
+    return error.message && !error.message->empty() ? code + ", " + *error.message : code;
+}
+
+template <class R>
+int report(const Order& order, std::string_view status, double milliseconds,
+           const std::shared_ptr<R>& request) {
+    Value::Dictionary result = resultOf(status, milliseconds, request->requestValue);
+    const auto& response = request->responseValue;
+    if (response) result.set("response", valueOf(response));
     if (!printJSON(Value(std::move(result)), order.brief))
         return complain("can't write the result", kUnreadable);
-    if (status != "success" && status != "posted") {
-        const char* why = busIsThere() ? "" : ", there is no session bus";
-        return complain("not delivered: " + std::string(status) + why, kNotDelivered);
+    if (status == "notReachMinimumVersion") {
+        const auto version = response && response->server ? response->server->version : std::nullopt;
+        return complain(order.to + " is too old for the request " + order.path + ": it is " +
+                            version.value_or("of an unknown version") + ", not " +
+                            R::minVersion().value_or("newer"),
+                        kNotDelivered);
     }
-    return request->responseValue && request->responseValue->error ? kAnsweredWithError : kDone;
+    if (status != "success" && status != "posted") {
+        if (!busIsThere()) return complain("there is no session bus", kNotDelivered);
+        const auto text = request->requestValue->encodeToJSONString();
+        return complain(failureText(order, status, text ? text->size() : 0), kNotDelivered);
+    }
+    if (!response || !response->error) return kDone;
+    return complain("the answer is an error: " + errorText(*response->error), kAnsweredWithError);
 }
 
 /// Sends through a sender that answers, and runs the main loop until it has, or until the time is over.
@@ -103,6 +157,10 @@ int sendAndWait(const Sender& sender, const std::shared_ptr<R>& request, const O
         outcome->done = true;
     });
     if (!RunLoop::main().runUntil([&] { return outcome->done; }, durationFromSeconds(order.seconds))) {
+        // The answer may be on its way into the request right now; its request value stays as it is.
+        auto result = resultOf("noAnswerInTime", millisecondsSince(start), request->requestValue);
+        if (!printJSON(Value(std::move(result)), order.brief))
+            return complain("can't write the result", kUnreadable);
         return complain("no answer within " + Value(order.seconds).description() + " seconds",
                         kNoAnswerInTime);
     }
@@ -125,9 +183,8 @@ int send(const Order& order) {
         }
         case Carrier::distributed: {
             const auto start = Clock::current().now();
-            DistributedSender::defaultSender()->post(request);
-            // The sender itself tells nothing.
-            return report(order, busIsThere() ? "posted" : "fail", millisecondsSince(start), request);
+            const bool posted = DistributedSender::defaultSender()->tryPost(request);
+            return report(order, posted ? "posted" : "fail", millisecondsSince(start), request);
         }
     }
     return kUsage;
@@ -148,6 +205,7 @@ int runWith(const Arguments& parsed, std::string path) {
     const auto to = parsed.value("to");
     if (!to && order.carrier != Carrier::distributed)
         return complain("--to wants the identifier of an application");
+    if (!parsed.addresseeIsGood()) return kUsage;
     order.to = to.value_or("");
     const auto seconds = parsed.positiveNumber("timeout", order.seconds);
     if (!seconds) return kUsage;
@@ -165,14 +223,22 @@ int runWith(const Arguments& parsed, std::string path) {
 
 int runSend(std::span<const std::string> arguments) {
     const auto parsed = Arguments::parse(
-        arguments, {{"to"}, {"via"}, {"body"}, {"body-file"}, {"timeout"}, {"brief", false}}, 1, 1);
+        arguments, {{"to"}, {"via"}, {"body"}, {"body-file"}, {"timeout"}, {"brief", false}}, {"PATH"});
     return parsed ? runWith(*parsed, parsed->words()[0]) : kUsage;
 }
 
 int runInfo(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {{"to"}, {"via"}, {"timeout"}, {"brief", false}}, 0, 0);
+    const auto parsed = Arguments::parse(arguments, {{"to"}, {"via"}, {"timeout"}, {"brief", false}}, {});
     return parsed ? runWith(*parsed, "info") : kUsage;
 }
+
+constexpr Offer kSendOffers[] = {
+    {"",
+     "translate ocr open hotkey toggle selected/text current/app info launch hotkey/fetch hotkey/handle "
+     "--to --via --body --body-file --timeout --brief"},
+    {"*", "--to --via --body --body-file --timeout --brief"},
+};
+constexpr Offer kInfoOffers[] = {{"", "--to --via --timeout --brief"}};
 
 }  // namespace
 
@@ -182,7 +248,10 @@ const Command kSendCommand = {
     .help =
         "usage: zq send PATH --to IDENTIFIER [OPTIONS]\n\n"
         "Sends the request PATH (zq list tells them all) and prints one JSON object: status, milliseconds,\n"
-        "request as sent, response as received.\n\n"
+        "request as sent, response as received. Without an answer in time the status is noAnswerInTime. "
+        "What\n"
+        "of the body the request doesn't know is told, and left out or sent as the value that stands for "
+        "it.\n\n"
         "  --to IDENTIFIER     the application, for example com.tessaradev.OrbelHelper\n"
         "  --via CARRIER       bridge (a direct call, the default), script (through the installed user "
         "script),\n"
@@ -194,10 +263,7 @@ const Command kSendCommand = {
         "example:\n"
         "  zq send hotkey/fetch --to com.tessaradev.OrbelHelper --body '{\"fetchAll\":true}'\n",
     .codes = exitCodes(kAnsweredWithError, kNotDelivered, kNoAnswerInTime),
-    .completions =
-        "--to --via --body --body-file --timeout --brief bridge script distributed translate ocr open "
-        "hotkey toggle selected/text current/app info launch hotkey/fetch hotkey/handle "
-        "com.tessaradev.Orbel com.tessaradev.OrbelHelper",
+    .offers = kSendOffers,
     .hidden = false,
     .run = runSend,
 };
@@ -210,7 +276,7 @@ const Command kInfoCommand = {
         "The same as zq send info: the response's \"server\" holds name, version, build and process "
         "number.\n",
     .codes = exitCodes(kAnsweredWithError, kNotDelivered, kNoAnswerInTime),
-    .completions = "--to --via --timeout --brief com.tessaradev.Orbel com.tessaradev.OrbelHelper",
+    .offers = kInfoOffers,
     .hidden = false,
     .run = runInfo,
 };

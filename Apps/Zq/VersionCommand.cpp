@@ -26,7 +26,7 @@ std::string_view nameOf(NSComparisonResult result) {
 }
 
 int run(std::span<const std::string> arguments) {
-    const auto parsed = Arguments::parse(arguments, {}, 2, 2);
+    const auto parsed = Arguments::parse(arguments, {}, {"A", "B"});
     if (!parsed) return kUsage;
     const auto& words = parsed->words();
     if (words[0] == "-" && words[1] == "-") return complain("standard input can only be one of the two");
@@ -59,7 +59,7 @@ const Command kVersionCommand = {
         "example:\n"
         "  zq version 1.10 1.9      prints {\"a\":\"1.10\",\"b\":\"1.9\",\"order\":1,\"result\":\"newer\"}\n",
     .codes = exitCodes(),
-    .completions = "",
+    .offers = {},
     .hidden = false,
     .run = run,
 };

@@ -11,6 +11,7 @@
 #include "Apps/Zq/Arguments.h"
 #include "Apps/Zq/Command.h"
 #include "Apps/Zq/Output.h"
+#include "Classes/Core/Utility/ZQInfo.h"
 #include "Platform/Lumberjack/DDOSLogger.h"
 
 namespace zq {
@@ -28,7 +29,7 @@ constexpr std::string_view kMeanings[] = {
     "done",
     "the answer holds an error, or what was asked for isn't there",
     "the command line is wrong",
-    "not delivered, not understood or not installed (\"status\" tells), or there is no session bus",
+    "not delivered, not understood, not installed or too old (\"status\" tells), or there is no session bus",
     "not enough was answered or heard in time",
     "a file or a text could not be read or written",
 };
@@ -43,30 +44,40 @@ std::string textOf(unsigned codes) {
     return text;
 }
 
-void printOverview(std::FILE* out) {
-    std::fputs(
+std::string overview() {
+    constexpr std::size_t kNameWidth = 17;
+    std::string text =
         "zq talks to Orbel and its helper, looks after their settings and crash reports, and lends their "
         "text\n"
         "tools to a shell.\n\n"
-        "usage: zq COMMAND [WORDS] [OPTIONS]\n\n",
-        out);
+        "usage: zq COMMAND [WORDS] [OPTIONS]\n\n";
     for (const Command* command : kCommands) {
         if (command->hidden) continue;
-        std::fprintf(out, "  %-16.*s %.*s\n", static_cast<int>(command->name.size()), command->name.data(),
-                     static_cast<int>(command->summary.size()), command->summary.data());
+        text.append("  ").append(command->name).append(kNameWidth - command->name.size(), ' ');
+        text.append(command->summary).append("\n");
     }
-    std::fputs(
-        "\nzq COMMAND --help teaches one command.\n"
+    text +=
+        "\nzq COMMAND --help teaches one command, and so does zq help COMMAND; zq --version tells its own.\n"
         "With ZQ_LOG_TO_STDERR set, the lines of the log go to standard error as well where there is no "
-        "journal.\n",
-        out);
-    std::fputs(textOf(kAllCodes).c_str(), out);
+        "journal.\n";
+    return text + textOf(kAllCodes);
 }
 
 /// Prints what `zq NAME --help` teaches.
 int teach(const Command& command) {
     return finishWithBytes(std::string(command.help) + textOf(command.codes), false);
 }
+
+/// Null, with a message, for a name that no command has.
+const Command* commandNamed(const std::string& name) {
+    const auto* const found =
+        std::ranges::find(kCommands, std::string_view(name), [](auto* command) { return command->name; });
+    if (found != std::end(kCommands)) return *found;
+    complain("there is no command \"" + name + "\"; zq --help lists them");
+    return nullptr;
+}
+
+bool isHelp(const std::string& word) { return word == "--help" || word == "-h"; }
 
 }  // namespace
 
@@ -80,25 +91,24 @@ int complain(std::string_view message, ExitCode code) {
 }  // namespace zq
 
 int main(int argc, char** argv) {
+    zq::keepStandardNumbers();
     const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     if (words.empty()) {
-        zq::printOverview(stderr);
+        std::fputs(zq::overview().c_str(), stderr);
         return zq::kUsage;
     }
-    if (words[0] == "--help" || words[0] == "help") {
-        zq::printOverview(stdout);
-        return zq::kDone;
-    }
+    const bool asksHelp = words[0] == "help";
+    if (zq::isHelp(words[0]) || (asksHelp && words.size() == 1))
+        return zq::finishWithBytes(zq::overview(), false);
+    if (words[0] == "--version") return zq::finishWithBytes("zq " + zqcore::ZQInfo::appVersion(), true);
     // Standard error is for people here; the log has its file, and the journal where there is one.
     if (!std::getenv("ZQ_LOG_TO_STDERR")) zqcore::DDOSLogger::sharedInstance()->setFallback(-1);
-    const auto all = zq::allCommands();
-    const auto command =
-        std::find_if(all.begin(), all.end(), [&](auto* each) { return each->name == words[0]; });
-    if (command == all.end())
-        return zq::complain("there is no command \"" + words[0] + "\"; zq --help lists them");
+    const zq::Command* const command = zq::commandNamed(words[asksHelp ? 1 : 0]);
+    if (!command) return zq::kUsage;
+    if (asksHelp) return zq::teach(*command);
     zq::claimStandardOutput();
     // Further on it may be a text or an option's value, which the command alone can tell.
-    const bool isFirst = words.size() > 1 && words[1] == "--help";
-    const int code = isFirst ? zq::kDone : (*command)->run(std::span(words).subspan(1));
-    return isFirst || zq::Arguments::helpIsWanted() ? zq::teach(**command) : code;
+    const bool isFirst = words.size() > 1 && zq::isHelp(words[1]);
+    const int code = isFirst ? zq::kDone : command->run(std::span(words).subspan(1));
+    return isFirst || zq::Arguments::helpIsWanted() ? zq::teach(*command) : code;
 }

@@ -64,6 +64,7 @@ std::optional<NSURL> ask(int input, int output, const std::optional<NSURL>& fold
         if (answer.starts_with('/') || answer.starts_with('.') || answer.starts_with("~/")) {
             return NSURL::fileURLWithPath(absolutePath(answer));
         }
+        print(output, "y, n, or a path that begins with /, . or ~/:");
     }
 }
 

@@ -59,6 +59,16 @@ class ZqTest : public testing::Test {
         return ended;
     }
 
+    /// `command` by the shell with `zq` in place of its path: what it says on standard error, line by line.
+    static std::vector<std::string> said(const std::string& command) {
+        ChildProcess process(
+            {"/bin/bash", "-c", "zq() { " + app("zq") + " \"$@\"; }; { " + command + "; } 2>&1 >/dev/null"});
+        std::vector<std::string> lines;
+        while (auto line = process.readLine()) lines.push_back(*std::move(line));
+        static_cast<void>(process.wait());
+        return lines;
+    }
+
     /// Waits until the helper's log file holds `text`: the lines get there behind the answers.
     static bool helperLogs(const std::string& text) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
@@ -100,8 +110,67 @@ TEST_F(ZqTest, TellsByItsExitCodeHowARequestEnded) {
     EXPECT_EQ(absent.code, 3);
     EXPECT_EQ(absent.at({"status"}), Value("notInstalled"));
     EXPECT_EQ(zq({"send", "open", "--to", kHelper, "--body-file", "/nowhere/at/all"}).code, 5);
-    EXPECT_EQ(zq({"info", "--to", kHelper, "--timeout", "1e-9"}).code, 4);
+    const auto late = zq({"info", "--to", kHelper, "--timeout", "1e-9"});
+    EXPECT_EQ(late.code, 4);
+    EXPECT_EQ(late.at({"status"}), Value("noAnswerInTime"));
+    EXPECT_EQ(late.at({"request", "path"}), Value("info"));
+    for (const char* identifier : {"", "not a name", "a/b"})
+        EXPECT_EQ(zq({"info", "--to", identifier}).code, 2) << identifier;
     EXPECT_EQ(zq({"info", "--to", kHelper, "--timeout", "1e300"}).code, 0) << "longer than any clock counts";
+}
+
+TEST_F(ZqTest, SaysInASentenceWhyARequestCameToNothing) {
+    const std::string old = bus_.directory() / "old";
+    std::filesystem::create_directory(old);
+    std::filesystem::copy_file(app("orbel"), old + "/orbel");
+    std::ofstream(old + "/Info.plist")
+        << "<plist version=\"1.0\"><dict><key>CFBundleIdentifier</key><string>org.example.Old</string>"
+           "<key>CFBundleShortVersionString</key><string>1.4.0</string></dict></plist>";
+    bus_.addService("org.example.Old", old + "/orbel --without translate");
+    struct Case {
+        const char* words;
+        const char* line;
+    };
+    for (const auto& [words, line] :
+         {Case{"translate --to org.example.Old --body '{}'",
+               "zq: org.example.Old is too old for the request translate: it is 1.4.0, not 1.5.0"},
+          Case{"info --to org.example.Absent", "zq: org.example.Absent isn't installed"},
+          Case{"info --to com.tessaradev.Orbel --via script",
+               "zq: the user script isn't installed; zq install-script does it"},
+          Case{"translate --to com.tessaradev.Orbel --body '{\"action\":\"translateText\"}'",
+               "zq: the answer is an error: invalidParameter, "},
+          Case{"open --to com.tessaradev.OrbelHelper --body '{'",
+               "zq: the body is no JSON: expected a key (byte 1)"},
+          Case{"open --to com.tessaradev.OrbelHelper --body ''", "zq: the body is no JSON: "},
+          Case{"nowhere --to com.tessaradev.OrbelHelper --body x", "zq: the body is no JSON: "},
+          Case{"hotkey --to com.tessaradev.OrbelHelper --body '{\"hotkeys\":[{\"modifiers\":\"x\"}]}'",
+               "zq: the body doesn't fit the request hotkey: hotkeys[0].modifiers: expected an integer"},
+          Case{"", "zq: PATH is missing; try --help"}}) {
+        const auto lines = said("zq send " + std::string(words));
+        ASSERT_EQ(lines.size(), 1U) << words;
+        EXPECT_TRUE(lines[0].starts_with(line)) << lines[0];
+    }
+}
+
+TEST_F(ZqTest, TellsWhatOfABodyIsNotSentAsItStandsThere) {
+    const std::string body = R"({"action":"regster","colour":1,"none":null,)"
+                             R"("hotkeys":[{"identifier":"a","modifiers":1.0,"size":{}}]})";
+    const auto lines = said("zq send hotkey --via distributed --body '" + body + "'");
+    const std::vector<std::string> told{R"(zq: action: "regster" is sent as "unknown")",
+                                        "zq: the request has no field colour; it is not sent",
+                                        "zq: the request has no field hotkeys[0].size; it is not sent"};
+    EXPECT_EQ(lines, told);
+    EXPECT_EQ(said("zq send hotkey --via distributed --body '{\"action\":\"unknown\"}'"),
+              std::vector<std::string>{});
+}
+
+TEST_F(ZqTest, ABroadcastThatTheBusRefusesIsNotSaidToBePosted) {
+    const auto file = bus_.directory() / "body.json";
+    std::ofstream(file) << R"({"text":")" << std::string(65 << 20, 'A') << R"("})";
+    const auto sent =
+        zq({"send", "translate", "--via", "distributed", "--body-file", file.string(), "--brief"});
+    EXPECT_EQ(sent.code, 3);
+    EXPECT_EQ(sent.at({"status"}), Value("fail"));
 }
 
 TEST_F(ZqTest, StandardOutputIsForResultsAlone) {
@@ -126,6 +195,13 @@ TEST_F(ZqTest, AServerRefusesOptionsThatItDoesNotKnow) {
         line.insert(line.end(), words.begin(), words.end());
         EXPECT_EQ(ChildProcess(line).wait(), 2) << words[0];
     }
+    const auto tail = [](const std::string& words) {
+        const auto lines = said(app("orbel-helper") + " " + words);
+        return lines.size() == 1 ? lines[0].substr(lines[0].find(": ") + 2) : "several lines";
+    };
+    EXPECT_EQ(tail("--end-with abc"), "--end-with wants the number of a process, not \"abc\"");
+    EXPECT_EQ(tail("--current-app"), "--current-app wants a value");
+    EXPECT_EQ(tail("--allow x"), "what is \"--allow\"? --help tells the options");
 }
 
 TEST_F(ZqTest, TheHelperKeepsItsState) {
@@ -220,6 +296,12 @@ TEST_F(ZqTest, TheUserScriptCarriesSmallAndLargeTexts) {
               Value("notInstalledAppleScript"));
     EXPECT_EQ(zq({"install-script", "--yes"}).at({"status"}), Value("success"));
     EXPECT_EQ(zq({"info", "--to", kHelper, "--via", "script"}).code, 0);
+    const auto refused = said("echo n | zq install-script");
+    ASSERT_FALSE(refused.empty());
+    EXPECT_TRUE(refused.back().ends_with("zq: nothing was changed: the script that was there stays"))
+        << refused.back();
+    for (const std::string& line : said("echo y | zq install-script"))
+        EXPECT_EQ(line.find("nothing was changed"), std::string::npos) << "it was replaced";
 
     const auto file = bus_.directory() / "body.json";
     std::ofstream(file) << R"({"action":"translateImage","imageBase64":")" << std::string(4 << 20, 'A')
@@ -241,6 +323,10 @@ TEST_F(ZqTest, RelayHandsTextsThroughAsTheyAre) {
     ASSERT_TRUE(error);
     EXPECT_EQ(*error->asDictionary()->find("code"), Value("invalidParameter"));
     EXPECT_EQ(zq({"relay", "org.example.Absent"}).code, 3);
+    for (const char* input : {"</", "<&-"}) {
+        const std::string command = app("zq") + " relay " + kHelper + " " + input;
+        EXPECT_EQ(ChildProcess({"/bin/sh", "-c", command}).wait(), 5) << input;
+    }
 }
 
 TEST_F(ZqTest, ABroadcastIsHeardOnceListeningIsSaid) {
@@ -269,6 +355,12 @@ TEST_F(ZqTest, AListenerThatCanNotWriteSaysSoAndEnds) {
     EXPECT_EQ(listener.wait(), 5);
 }
 
+TEST_F(ZqTest, AListenerTellsHowManyItMissed) {
+    EXPECT_EQ(zq({"listen", "--count", "0.5"}).code, 2);
+    EXPECT_EQ(said("zq listen --count 2 --timeout 1e-3"),
+              (std::vector<std::string>{"listening", "zq: heard 0 of 2 requests within 0.001 seconds"}));
+}
+
 TEST_F(ZqTest, AListenerEndsWithItsBus) {
     ChildProcess listener({"/bin/sh", "-c", "exec " + app("zq") + " listen --timeout 60 2>&1"});
     ASSERT_EQ(listener.readLine(), "listening");
@@ -283,6 +375,9 @@ TEST_F(ZqTest, TheLogLevelOfAnApplicationIsKeptInItsSettings) {
     EXPECT_EQ(zq({"log", "level", "--to", kHelper}).at({"level"}), Value(31));
     EXPECT_EQ(zq({"log", "level"}).at({"level"}), Value()) << "each application has its own";
     EXPECT_EQ(zq({"log", "level", "loud"}).code, 2);
+    EXPECT_EQ(zq({"log", "level", "32", "--to", kHelper}).code, 2);
+    EXPECT_EQ(zq({"log", "level", "--to", kHelper}).at({"level"}), Value(31))
+        << "what was refused is not stored";
 }
 
 TEST_F(ZqTest, ListsEveryRequestWithItsFields) {

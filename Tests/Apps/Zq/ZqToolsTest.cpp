@@ -141,6 +141,7 @@ TEST_F(ZqToolsTest, AuthenticatesWithAKeyFromFileEnvironmentOrInput) {
     EXPECT_EQ(shell("ZQ_KEY=Jefe; export ZQ_KEY; " + words + "--algorithm sha1").text,
               "effcdf6ae5eb2fa2d27416d5f184df9c259a7c79\n");
     EXPECT_EQ(shell(words).code, 2) << "no key anywhere";
+    EXPECT_EQ(shell("ZQ_KEY=; export ZQ_KEY; " + words).code, 2) << "an empty one is none";
     EXPECT_EQ(shell(words + "--key-env OTHER --key-file -").code, 2);
     EXPECT_EQ(shell(words + "--key-file /nowhere/at/all").code, 5);
     EXPECT_EQ(shell("echo x | zq crypt hmac - --key-file -").code, 2) << "both from one place";
@@ -205,6 +206,7 @@ TEST_F(ZqToolsTest, KeepsSettingsByTheirTypes) {
                                      {"data", "="},
                                      {"json", "{"},
                                      {"json", "null"},
+                                     {"json", "5"},
                                      {"json", "[null]"},
                                      {"colour", "red"}}) {
         EXPECT_EQ(zq({"defaults", "write", "key", text, "--type", type, "--to", kHelper}).code, 2)
@@ -219,6 +221,7 @@ TEST_F(ZqToolsTest, KeepsSettingsByTheirTypes) {
     EXPECT_EQ(gone.code, 1);
     EXPECT_EQ(gone.at("value"), Value());
     EXPECT_EQ(zq({"defaults", "read", "--to", "no/identifier"}).code, 2);
+    EXPECT_EQ(zq({"defaults", "read", "--raw", "--to", kHelper}).code, 2) << "the bare value of which key?";
     for (const char* action : {"read", "delete"})
         EXPECT_EQ(zq({"defaults", action, "\xFF", "--to", kHelper}).code, 2) << "a key that can't be";
 }
@@ -299,7 +302,7 @@ TEST_F(ZqToolsTest, ProvesThatCaptureWorksByAChildThatReallyDies) {
 TEST_F(ZqToolsTest, TeachesAndCompletesEveryWord) {
     const auto offered = [](const std::string& words) {
         return shell("eval \"$(zq completion bash)\"; COMP_WORDS=(zq " + words +
-                     "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _zq; echo \" ${COMPREPLY[*]} \"")
+                     "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _zq; IFS=,; echo \",${COMPREPLY[*]},\"")
             .text;
     };
     const std::string commands = offered("''");
@@ -310,7 +313,7 @@ TEST_F(ZqToolsTest, TeachesAndCompletesEveryWord) {
         {"emoji", "025"},      {"version", "025"},         {"crypt", "025"},
         {"completion", "025"}, {"relay", "0235"}};
     for (const auto& [name, codesOfIt] : codes) {
-        EXPECT_EQ(commands.find(" " + name + " ") != std::string::npos, name != "relay")
+        EXPECT_EQ(commands.find("," + name + ",") != std::string::npos, name != "relay")
             << "our scripts' own";
         const auto help = zq({name, "--help"});
         EXPECT_EQ(help.code, 0);
@@ -321,11 +324,23 @@ TEST_F(ZqToolsTest, TeachesAndCompletesEveryWord) {
         EXPECT_TRUE(help.text.starts_with("usage: zq " + name)) << name;
         EXPECT_EQ(zq({name, "--nonsense"}).code, 2) << name;
     }
-    EXPECT_EQ(offered("crypt de"), " decrypt \n");
-    EXPECT_EQ(offered("defaults write key 5 --ty"), " --type \n");
-    EXPECT_NE(offered("case x --to ''").find(" kebab "), std::string::npos);
-    std::ofstream(home_.path() + "/keyfile") << "k";
-    EXPECT_EQ(offered("crypt encrypt x --key-file \"$HOME/keyf\""), " " + home_.path() + "/keyfile \n");
+    EXPECT_EQ(offered("crypt de"), ",decrypt,\n");
+    EXPECT_EQ(offered("defaults write key 5 --ty"), ",--type,\n");
+    for (const auto& [line, next] : std::map<std::string, std::string>{
+             {"case x --to k", "kebab"},
+             {"info --to com.x --via s", "script"},
+             {"send info --via = d", "distributed"},
+             {"defaults read --to com.tessaradev.OrbelH", "com.tessaradev.OrbelHelper"},
+             {"defaults --to read write key 5 --type j", "json"},
+             {"send --timeout 5 tr", "translate"},
+             {"send open --to com.x tr", ""},
+             {"listen --count --t", ""},
+             {"crash show --r", "--raw"},
+             {"crash list --r", ""}}) {
+        EXPECT_EQ(offered(line), next.empty() ? ",,\n" : "," + next + ",\n") << line;
+    }
+    std::ofstream(home_.path() + "/key file") << "k";
+    EXPECT_EQ(offered("crypt encrypt x --key-file \"$HOME/key\""), "," + home_.path() + "/key file,\n");
 }
 
 TEST_F(ZqToolsTest, TakesHelpForATextWhereATextStands) {
@@ -337,6 +352,17 @@ TEST_F(ZqToolsTest, TakesHelpForATextWhereATextStands) {
         EXPECT_EQ(help.code, 0);
         EXPECT_TRUE(help.text.starts_with("usage: zq " + words[0])) << help.text;
     }
+}
+
+TEST_F(ZqToolsTest, TellsItsOwnVersionAndHelpByEveryUsualWord) {
+    EXPECT_TRUE(zq({"--version"}).text.starts_with("zq 0."));
+    for (const auto& words : std::vector<std::vector<std::string>>{{"help", "case"}, {"case", "-h"}})
+        EXPECT_EQ(zq(words).text, zq({"case", "--help"}).text);
+    EXPECT_EQ(zq({"-h"}).text, zq({"help"}).text);
+    EXPECT_EQ(zq({"help", "nonsense"}).code, 2);
+    EXPECT_EQ(shell("zq --help >/dev/full").code, 5);
+    EXPECT_EQ(shell("zq --help >&-").code, 5);
+    EXPECT_EQ(run({ZQ_TEST_APPS "/orbel", "--version"}).text, "Orbel 1.6.0\n");
 }
 
 TEST_F(ZqToolsTest, AFolderIsNoFileToReadFrom) {
