@@ -21,10 +21,10 @@ enum class DispatchQoS : unsigned {
     userInteractive = 33,
 };
 
-/// A queue of blocks: serial (one block at a time, in the order of submission), global (blocks side by side)
-/// or main (on the main thread, drained by the run loop). Time: delays by `Clock::current()`. Threads: every
-/// operation from any thread. Lifetime: held by `std::shared_ptr`; submitted work keeps its queue until it
-/// has run. Failure: none. `sync` onto the queue that is running waits for ever, as on the platform.
+/// A queue of blocks: serial (one at a time, in the order of submission), global (side by side) or main (on
+/// the main thread, drained by the run loop). Time: delays by `Clock::current()`. Threads: any. Lifetime:
+/// held by `std::shared_ptr`; submitted work keeps its queue until it has run. Failure: `sync` onto the queue
+/// that is running waits for ever, as on the platform; in a child of fork(2) without exec no queue runs.
 class ZQ_EXPORT DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   public:
     /// A new serial queue. An empty label is allowed.
@@ -32,8 +32,8 @@ class ZQ_EXPORT DispatchQueue : public std::enable_shared_from_this<DispatchQueu
                                                                DispatchQoS qos = DispatchQoS::unspecified);
     /// The main queue, label "com.apple.main-thread".
     [[nodiscard]] static const std::shared_ptr<DispatchQueue>& main();
-    /// The shared queue of that quality. It adds threads, 64 at most, while blocks wait on something, so that
-    /// blocked blocks don't hold up the others.
+    /// The shared queue of that quality. It adds threads, 64 at most, while blocks wait on something: at once
+    /// in a `DispatchBlockingScope`, else soon; and one by one while blocks only compute and others wait.
     [[nodiscard]] static const std::shared_ptr<DispatchQueue>& global(
         DispatchQoS qos = DispatchQoS::standard);
 

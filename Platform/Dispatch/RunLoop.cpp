@@ -8,8 +8,10 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <mutex>
 #include <span>
+#include <thread>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -17,6 +19,7 @@
 #include "Platform/Dispatch/DispatchSourceTimer.h"
 #include "Platform/Dispatch/Linux/MainLoopGuest.h"
 #include "Platform/Dispatch/Linux/MainQueue.h"
+#include "Platform/Dispatch/Linux/Shortage.h"
 
 namespace zqcore::platform {
 
@@ -28,16 +31,25 @@ constexpr std::uint64_t kMainQueueKey = 0;
     return event.data.u64 == MainLoopGuest::kKey;
 }
 
+// How long the loop sleeps at most while threads or descriptors are short.
+constexpr auto kRetry = std::chrono::milliseconds(20);
+
 struct WatchState {
+    int descriptor = -1;
+    short events = 0;
     std::function<void(short)> handler;
     std::atomic<bool> ended{false};
+    // epoll takes a descriptor once; a second watch goes by a copy.
+    int copy = -1;
 };
 
 }  // namespace
 
 struct RunLoop::State {
-    const int epoll = epoll_create1(EPOLL_CLOEXEC);
     std::mutex mutex;
+    // Absent as long as the process has no descriptors left; `isOpen` says that it holds all it should.
+    std::atomic<int> epoll{-1};
+    bool isOpen = false;
     std::unordered_map<std::uint64_t, std::shared_ptr<WatchState>> watches;
     std::uint64_t lastKey = kMainQueueKey;
     // The runs under way, the innermost last: whether each was told to stop.
@@ -64,6 +76,8 @@ struct RunLoop::State {
         const std::lock_guard lock(mutex);
         return stopped.back();
     }
+    bool open() noexcept;
+    void join(std::uint64_t key, WatchState& watch) const noexcept;
     bool round(int timeout) noexcept;
     void admitGuest() noexcept;
 };
@@ -81,12 +95,7 @@ class DescriptorWatch final : public RunLoop::Watch {
 
 }  // namespace
 
-RunLoop::RunLoop() : state_(new State) {
-    epoll_event event{};
-    event.events = EPOLLIN;
-    event.data.u64 = kMainQueueKey;
-    epoll_ctl(state_->epoll, EPOLL_CTL_ADD, MainQueue::shared().fileDescriptor(), &event);
-}
+RunLoop::RunLoop() : state_(new State) { (void)state_->open(); }
 
 RunLoop& RunLoop::main() {
     // Never ended: threads may still wake it while the process goes.
@@ -94,8 +103,40 @@ RunLoop& RunLoop::main() {
     return loop;
 }
 
+// Makes what the loop sleeps on. Each round tries again if there were no descriptors.
+bool RunLoop::State::open() noexcept {
+    const std::lock_guard lock(mutex);
+    if (epoll < 0) epoll = epoll_create1(EPOLL_CLOEXEC);
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.u64 = kMainQueueKey;
+    isOpen = epoll_ctl(epoll, EPOLL_CTL_ADD, MainQueue::shared().fileDescriptor(), &event) == 0;
+    if (isOpen) {
+        for (const auto& [key, watch] : watches) join(key, *watch);
+    }
+    return isOpen;
+}
+
+void RunLoop::State::join(std::uint64_t key, WatchState& watch) const noexcept {
+    epoll_event event{};
+    event.events = static_cast<std::uint16_t>(watch.events);
+    event.data.u64 = key;
+    if (epoll_ctl(epoll, EPOLL_CTL_ADD, watch.descriptor, &event) == 0 || errno != EEXIST) return;
+    watch.copy = fcntl(watch.descriptor, F_DUPFD_CLOEXEC, 0);
+    epoll_ctl(epoll, EPOLL_CTL_ADD, watch.copy, &event);
+}
+
 // Waits for something to do and does what is ready. No exception may reach what the host has on its stack.
 bool RunLoop::State::round(int timeout) noexcept {
+    if (!isOpen && !open()) [[unlikely]] {
+        const bool ran = MainQueue::shared().drain();
+        if (!ran && timeout != 0) std::this_thread::sleep_for(kRetry);
+        return ran;
+    }
+    if (Shortage::isFelt()) [[unlikely]] {
+        Shortage::tryAgain();
+        if (timeout < 0 && Shortage::isFelt()) timeout = static_cast<int>(kRetry.count());
+    }
     if (timeout != 0) admitGuest();
     std::array<epoll_event, 32> events{};
     const int count = epoll_wait(epoll, events.data(), static_cast<int>(events.size()), timeout);
@@ -172,28 +213,19 @@ int RunLoop::fileDescriptor() const noexcept { return state_->epoll; }
 
 std::unique_ptr<RunLoop::Watch> RunLoop::watch(int fd, short events, std::function<void(short)> handler) {
     auto watch = std::make_shared<WatchState>();
+    watch->descriptor = fd;
+    watch->events = events;
     watch->handler = std::move(handler);
     State* state = state_;
-    std::uint64_t key = 0;
-    {
-        const std::lock_guard lock(state->mutex);
-        key = ++state->lastKey;
-        state->watches.emplace(key, watch);
-    }
-    epoll_event event{};
-    event.events = static_cast<std::uint16_t>(events);
-    event.data.u64 = key;
-    int copy = -1;
-    if (epoll_ctl(state->epoll, EPOLL_CTL_ADD, fd, &event) != 0 && errno == EEXIST) {
-        // epoll takes a descriptor once; a second watch goes by a copy.
-        copy = fcntl(fd, F_DUPFD_CLOEXEC, 0);
-        epoll_ctl(state->epoll, EPOLL_CTL_ADD, copy, &event);
-    }
-    return std::make_unique<DescriptorWatch>([state, key, watch, fd, copy] {
+    const std::lock_guard lock(state->mutex);
+    const std::uint64_t key = ++state->lastKey;
+    state->watches.emplace(key, watch);
+    if (state->isOpen) state->join(key, *watch);
+    return std::make_unique<DescriptorWatch>([state, key, watch] {
         watch->ended = true;
-        epoll_ctl(state->epoll, EPOLL_CTL_DEL, copy >= 0 ? copy : fd, nullptr);
-        if (copy >= 0) close(copy);
-        const std::lock_guard lock(state->mutex);
+        const std::lock_guard inner(state->mutex);
+        epoll_ctl(state->epoll, EPOLL_CTL_DEL, watch->copy >= 0 ? watch->copy : watch->descriptor, nullptr);
+        if (watch->copy >= 0) close(watch->copy);
         state->watches.erase(key);
     });
 }

@@ -12,7 +12,7 @@ namespace zqcore::platform {
 /// The main thread's loop: it drains the main queue and watches file descriptors. A host with a loop of its
 /// own (GLib, Qt, epoll) leaves `run` alone, watches `fileDescriptor()` for reading and calls `drain()`.
 /// Time: `Clock::current()`; delayed work of the main queue arrives through the descriptor like any other.
-/// Threads: `run`, `drain`, `runUntil` on the main thread only; `stop` and the rest from any.
+/// Threads: `run`, `drain`, `runUntil` on the main one only, the rest any. Not in a child of a bare fork(2).
 class ZQ_EXPORT RunLoop final {
   public:
     [[nodiscard]] static RunLoop& main();
@@ -26,7 +26,7 @@ class ZQ_EXPORT RunLoop final {
     /// Runs what is ready now on the main queue and what watched descriptors brought; never waits. Gives
     /// whether anything ran.
     bool drain();
-    /// Readable whenever `drain` has something to do. The loop owns it; the number never changes.
+    /// Readable whenever `drain` has something to do. The loop's own; negative if there was none to be had.
     [[nodiscard]] int fileDescriptor() const noexcept;
 
     /// Work that each turn does besides the blocks of the main queue: before them, or after them.

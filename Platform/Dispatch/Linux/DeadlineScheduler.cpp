@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Platform/Dispatch/Linux/Shortage.h"
 #include "Platform/Dispatch/Linux/WorkerThread.h"
 
 namespace zqcore::platform {
@@ -14,6 +15,8 @@ namespace zqcore::platform {
 namespace {
 
 constexpr auto kNotArmed = Clock::Duration::max();
+// Entries whose room is kept, however few there are left.
+constexpr std::size_t kKept = 1024;
 
 bool steppedByHand() noexcept { return &Clock::current() != &Clock::system(); }
 
@@ -53,10 +56,7 @@ DeadlineScheduler& DeadlineScheduler::shared() {
     return scheduler;
 }
 
-DeadlineScheduler::DeadlineScheduler()
-    : descriptors_{timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK),
-                   timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK)},
-      armed_{kNotArmed, kNotArmed} {}
+DeadlineScheduler::DeadlineScheduler() : descriptors_{-1, -1}, armed_{kNotArmed, kNotArmed} {}
 
 void DeadlineScheduler::submitAt(DispatchTime time, std::shared_ptr<DispatchQueue> queue,
                                  DispatchBlock block) {
@@ -74,7 +74,18 @@ void DeadlineScheduler::add(Deadline& deadline, DispatchTime time) {
     deadline.base_ = time.base;
     heap.push_back({time.at, sequence_++, &deadline});
     siftUp(heap, heap.size() - 1);
-    if (deadline.position_ == 0) arm(base);
+    if (watching_) [[likely]] {
+        if (deadline.position_ == 0) arm(base);
+    } else {
+        arm(0);
+        arm(1);
+    }
+}
+
+void DeadlineScheduler::tryAgain() {
+    const std::lock_guard lock(mutex_);
+    arm(0);
+    arm(1);
 }
 
 void DeadlineScheduler::remove(Deadline& deadline) noexcept {
@@ -84,11 +95,27 @@ void DeadlineScheduler::remove(Deadline& deadline) noexcept {
         takeOut(heaps_[static_cast<std::size_t>(deadline.base_)], deadline.position_);
 }
 
+// Both descriptors and the thread that sleeps on them. What is not to be had now is made with a later
+// deadline.
+bool DeadlineScheduler::startWatching() noexcept {
+    if (watching_) return true;
+    constexpr std::array kClocks{CLOCK_MONOTONIC, CLOCK_REALTIME};
+    for (std::size_t base = 0; base < 2; ++base) {
+        int& descriptor = descriptors_[base];
+        if (descriptor < 0) descriptor = timerfd_create(kClocks[base], TFD_CLOEXEC | TFD_NONBLOCK);
+        if (descriptor >= 0) continue;
+        Shortage::note();
+        return false;
+    }
+    watching_ = startWorkerThread("zq.deadlines", [this] { watch(); });
+    return watching_;
+}
+
 // A deadline that nothing will reach needs no descriptor; an earlier one that is armed already stays.
 void DeadlineScheduler::arm(std::size_t base) noexcept {
     if (steppedByHand() || heaps_[base].empty()) return;
     const Clock::Duration at = heaps_[base].front().at;
-    if (at >= armed_[base]) return;
+    if (at >= armed_[base] || !startWatching()) return;
     armed_[base] = at;
     itimerspec spec{};
     // A zero would disarm; times before the beginning are due like any other in the past.
@@ -98,7 +125,6 @@ void DeadlineScheduler::arm(std::size_t base) noexcept {
     timerfd_settime(descriptors_[base],
                     base == 0 ? TFD_TIMER_ABSTIME : TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &spec,
                     nullptr);
-    if (!watching_) watching_ = startWorkerThread("zq.deadlines", [this] { watch(); });
 }
 
 void DeadlineScheduler::watch() {
@@ -221,10 +247,12 @@ void DeadlineScheduler::takeOut(Heap& heap, std::size_t position) noexcept {
     heap[position].deadline->position_ = Deadline::kNowhere;
     const Entry last = heap.back();
     heap.pop_back();
-    if (position == heap.size()) return;
-    put(heap, position, last);
-    siftUp(heap, position);
-    siftDown(heap, last.deadline->position_);
+    if (position < heap.size()) {
+        put(heap, position, last);
+        siftUp(heap, position);
+        siftDown(heap, last.deadline->position_);
+    }
+    if (heap.capacity() > kKept && heap.size() < heap.capacity() / 4) heap.shrink_to_fit();
 }
 
 }  // namespace zqcore::platform

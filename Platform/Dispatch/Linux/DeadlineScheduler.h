@@ -55,6 +55,8 @@ class DeadlineScheduler final {
     bool submitNextDue();
     /// Another clock is in force: deadlines keep their numbers on its scale.
     void clockChanged();
+    /// Makes what was not to be had when a deadline came.
+    void tryAgain();
     /// Forgets all delayed blocks and takes every timer out.
     void dropAll();
 
@@ -77,6 +79,7 @@ class DeadlineScheduler final {
     static void takeOut(Heap& heap, std::size_t position) noexcept;
     [[nodiscard]] Heap* earliest(Clock::Duration& untilDue) noexcept;
     void arm(std::size_t base) noexcept;
+    bool startWatching() noexcept;
     void watch();
 
     std::mutex mutex_;

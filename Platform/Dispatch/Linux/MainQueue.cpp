@@ -12,7 +12,14 @@
 
 namespace zqcore::platform {
 
-MainQueue::MainQueue() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+namespace {
+
+// Room that the queue keeps for the next burst, in blocks of a cache line.
+constexpr std::size_t kKept = 1024;
+
+}  // namespace
+
+MainQueue::MainQueue() = default;
 
 const std::shared_ptr<DispatchQueue>& MainQueue::sharedPointer() {
     // Never ended: threads may still submit while the process goes.
@@ -36,7 +43,7 @@ void MainQueue::change(const Change& change) {
     // Not under the lock: the main thread wakes on another processor meanwhile, and would only meet it.
     if (!wasSilent) return;
     const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = write(descriptor_, &one, sizeof one);
+    [[maybe_unused]] const ssize_t written = write(descriptor_.load(), &one, sizeof one);
 }
 
 void MainQueue::async(DispatchBlock block) {
@@ -58,6 +65,12 @@ void MainQueue::sync(const std::function<void()>& block) {
         done.wait();
     }
     pool.endForeignRun();
+}
+
+int MainQueue::fileDescriptor() noexcept {
+    const std::lock_guard lock(mutex_);
+    if (descriptor_ < 0) descriptor_ = eventfd(readable_ ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK);
+    return descriptor_;
 }
 
 void MainQueue::wake() noexcept {
@@ -96,6 +109,10 @@ bool MainQueue::drain() noexcept {
         const CurrentQueueScope scope(this);
         block();
     }
+    if (batch_.capacity() > kKept) {
+        std::vector<DispatchBlock>().swap(batch_);
+        next_ = 0;
+    }
     if (turnHandlers_[1]) turnHandlers_[1]();
     const std::lock_guard lock(mutex_);
     batchWaits_ = false;
@@ -103,7 +120,7 @@ bool MainQueue::drain() noexcept {
     // nothing takes it back then.
     if (incoming_.empty() && !turnRequested_ && (std::exchange(readable_, false) || !ran)) {
         std::uint64_t count = 0;
-        [[maybe_unused]] const ssize_t got = read(descriptor_, &count, sizeof count);
+        [[maybe_unused]] const ssize_t got = read(descriptor_.load(), &count, sizeof count);
     }
     return ran;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -39,7 +40,8 @@ class MainQueue final : public DispatchQueue {
         turnHandlers_[part] = std::move(handler);
     }
     [[nodiscard]] bool hasWork();
-    [[nodiscard]] int fileDescriptor() const noexcept { return descriptor_; }
+    /// Made at first use; negative as long as the process has none left.
+    [[nodiscard]] int fileDescriptor() noexcept;
 
     MainQueue();
 
@@ -49,7 +51,7 @@ class MainQueue final : public DispatchQueue {
     void change(const Change& change);
 
     const std::string label_{kLabel};
-    const int descriptor_;
+    std::atomic<int> descriptor_{-1};
     std::mutex mutex_;
     std::vector<DispatchBlock> incoming_;
     bool readable_ = false;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Platform/Dispatch/Linux/CurrentQueue.h"
+#include "Platform/Dispatch/Linux/Shortage.h"
 
 namespace zqcore::platform {
 
@@ -20,14 +21,20 @@ void runToTheEnd(const std::function<void()>& block) noexcept { block(); }
 }  // namespace
 
 void SerialQueue::async(DispatchBlock block) {
+    bool isOwned = false;
     {
         const BriefLock lock(mutex_);
         incoming_.add(std::move(block));
         hasIncoming_.store(true, std::memory_order_relaxed);
         foreignProducer_.store(!WorkerPool::isWorker(), std::memory_order_relaxed);
-        if (std::exchange(owned_, true)) return;
+        isOwned = std::exchange(owned_, true);
     }
-    submitSelf();
+    if (!isOwned) {
+        submitSelf();
+    } else if (Shortage::isFelt()) [[unlikely]] {
+        // It may lie in wait for a thread that was not to be had.
+        Shortage::tryAgain();
+    }
 }
 
 void SerialQueue::submitSelf() {

@@ -26,8 +26,12 @@ constexpr auto kIdleTime = 5s;
 constexpr auto kMonitorTick = 2ms;
 // So many ticks without movement count as blocked even if the processors are busy.
 constexpr int kPatience = 25;
+// So many ticks that one item takes, while others come and go, count as blocked if its thread sleeps.
+constexpr std::size_t kHeldTicks = 5;
 // Every so many picks the lowest quality goes first, so that it can't starve.
 constexpr std::uint64_t kFairness = 61;
+// A list of waiting blocks that was longer gives its memory back.
+constexpr std::size_t kKept = 1024;
 
 bool isOnProcessor(pid_t thread) {
     char path[64];
@@ -84,7 +88,9 @@ void WorkerPool::submit(std::shared_ptr<Drainable> queue, DispatchQoS qos) {
 
 void WorkerPool::submit(DispatchBlock block, const DispatchQueue& global, DispatchQoS qos) {
     std::unique_lock lock(mutex_);
-    levels_[levelOf(qos)].global.push_back({std::move(block), &global});
+    Level& level = levels_[levelOf(qos)];
+    level.global.push_back({std::move(block), &global});
+    level.longest = std::max(level.longest, level.global.size());
     ++globalReady_;
     ready_.fetch_add(1, std::memory_order_relaxed);
     Worker* worker = callWorker();
@@ -114,12 +120,19 @@ WorkerPool::Worker* WorkerPool::callWorker(bool beyondConcurrency) {
     ++threads_;
     ++active_;
     if (!startWorkerThread("zq.worker", [this] { work(); })) {
-        // Nothing is lost: the work stays queued, and the monitor tries again.
+        // Nothing is lost: the work stays queued. The monitor tries again, or without one who comes next.
         --threads_;
         --active_;
         ensureMonitor();
     }
     return nullptr;
+}
+
+void WorkerPool::tryAgain() {
+    std::unique_lock lock(mutex_);
+    Worker* worker = callWorker();
+    lock.unlock();
+    wake(worker);
 }
 
 void WorkerPool::wake(Worker* worker) {
@@ -136,6 +149,10 @@ bool WorkerPool::takeFrom(Level& level, Item& item) {
     } else if (!level.global.empty() && globalRunning_ < kGlobalLimit) {
         item.global = std::move(level.global.front());
         level.global.pop_front();
+        if (level.global.empty() && level.longest > kKept) {
+            std::deque<GlobalItem>().swap(level.global);
+            level.longest = 0;
+        }
         --globalReady_;
         ++globalRunning_;
     } else {
@@ -174,6 +191,7 @@ void WorkerPool::work() {
     do {
         for (Item item; take(item);) {
             const bool global = !item.serial;
+            me.item = taken_;
             lock.unlock();
             run(item);
             lock.lock();
@@ -188,6 +206,7 @@ void WorkerPool::work() {
 // Sleeps until there is work. Gives false if there was none for a while and the thread shall end.
 bool WorkerPool::rest(Worker& me, std::unique_lock<std::mutex>& lock) {
     const bool keeper = idle_.empty();
+    me.item = 0;
     me.wake.store(0, std::memory_order_relaxed);
     idle_.push_back(&me);
     --active_;
@@ -218,6 +237,7 @@ bool WorkerPool::beginBlocking() noexcept {
     if (!me) return false;
     if (me->blockingDepth++ > 0) return true;
     std::unique_lock lock(mutex_);
+    me->blocks = true;
     --active_;
     Worker* worker = callWorker();
     noteQuiet();
@@ -229,6 +249,7 @@ bool WorkerPool::beginBlocking() noexcept {
 void WorkerPool::endBlocking() noexcept {
     if (--current_->blockingDepth > 0) return;
     const std::lock_guard lock(mutex_);
+    current_->blocks = false;
     ++active_;
 }
 
@@ -252,8 +273,10 @@ void WorkerPool::ensureMonitor() {
 void WorkerPool::watchProgress() {
     std::unique_lock lock(mutex_);
     int stillTicks = 0;
-    for (;;) {
+    std::array<std::uint64_t, kHeldTicks> takenBefore{};
+    for (std::size_t tick = 0;; ++tick) {
         const std::uint64_t seen = taken_;
+        const std::uint64_t longAgo = std::exchange(takenBefore[tick % kHeldTicks], seen);
         const std::uint32_t call = monitorWake_.load(std::memory_order_relaxed);
         const bool rests = !runnable();
         monitorSleeps_ = rests;
@@ -268,6 +291,7 @@ void WorkerPool::watchProgress() {
         monitorSleeps_ = false;
         if (!runnable() || taken_ != seen || rests) {
             stillTicks = 0;
+            replaceHeld(longAgo);
             continue;
         }
         // Nothing was taken for a whole tick. Blocked workers don't count any more from here on; busy ones
@@ -280,6 +304,24 @@ void WorkerPool::watchProgress() {
         for (wanted = std::min(wanted, serialReady_ + globalReady_); wanted > 0; --wanted) {
             wake(callWorker(/*beyondConcurrency=*/true));
         }
+    }
+}
+
+// While some workers move, others may have held what they took for long. Those of them that sleep don't
+// count.
+void WorkerPool::replaceHeld(std::uint64_t longAgo) {
+    const auto holds = [longAgo](const Worker* worker) {
+        return worker->item != 0 && worker->item <= longAgo && !worker->blocks;
+    };
+    const auto count = [this](const auto& test) {
+        return static_cast<std::size_t>(std::count_if(workers_.begin(), workers_.end(), test));
+    };
+    if (!runnable() || active_ >= concurrency_ + count(holds)) return;
+    const std::size_t limit = concurrency_ + count([&holds](const Worker* worker) {
+                                  return holds(worker) && !isOnProcessor(worker->thread);
+                              });
+    for (std::size_t missing = limit > active_ ? limit - active_ : 0; missing > 0; --missing) {
+        wake(callWorker(/*beyondConcurrency=*/true));
     }
 }
 

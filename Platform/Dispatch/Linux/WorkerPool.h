@@ -68,6 +68,9 @@ class WorkerPool final {
     /// Makes `waitUntilQuiet` ask again.
     void pokeObservers() noexcept;
 
+    /// Calls a thread for what waits, if one was not to be had.
+    void tryAgain();
+
     /// Workers alive, for tests and diagnosis.
     [[nodiscard]] std::size_t threadCount();
 
@@ -81,11 +84,17 @@ class WorkerPool final {
     struct Level {
         std::deque<std::shared_ptr<Drainable>> serial;
         std::deque<GlobalItem> global;
+        // Of `global` since it gave its memory back.
+        std::size_t longest = 0;
     };
     struct Worker {
         FutexWord wake{0};
         pid_t thread = 0;
         int blockingDepth = 0;
+        // Under the pool's lock: the taking that brought what it runs, 0 while it rests; and whether it is in
+        // a blocking scope.
+        std::uint64_t item = 0;
+        bool blocks = false;
     };
     struct Item {
         std::shared_ptr<Drainable> serial;
@@ -110,6 +119,7 @@ class WorkerPool final {
     void watchProgress();
     void ensureMonitor();
     std::size_t workersOnProcessor();
+    void replaceHeld(std::uint64_t longAgo);
 
     std::mutex mutex_;
     std::array<Level, kLevels> levels_;

@@ -8,6 +8,8 @@
 #include <memory>
 #include <utility>
 
+#include "Platform/Dispatch/Linux/Shortage.h"
+
 namespace zqcore::platform {
 
 namespace {
@@ -70,7 +72,11 @@ bool startWorkerThread(const char* name, std::move_only_function<void()> body) {
     pthread_t thread{};
     const bool made = pthread_create(&thread, &attributes, runThread, start.get()) == 0;
     pthread_attr_destroy(&attributes);
-    if (made) (void)start.release();
+    if (made) {
+        (void)start.release();
+    } else {
+        Shortage::note();
+    }
     return made;
 }
 
