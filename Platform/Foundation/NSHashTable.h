@@ -13,7 +13,10 @@ template <class T>
 class NSHashTable final {
   public:
     void addObject(const std::shared_ptr<T>& object) {
-        if (object && !containsObject(object)) members_.push_back(object);
+        if (!object || containsObject(object)) return;
+        // The dead go whenever the table would otherwise have doubled.
+        if (members_.size() >= purgeAt_) purgeAt_ = std::max(kSmallest, 2 * count());
+        members_.push_back(object);
     }
     void removeObject(const std::shared_ptr<T>& object) {
         std::erase_if(members_, [&](const Member& member) { return member.lock() == object; });
@@ -39,7 +42,9 @@ class NSHashTable final {
 
   private:
     using Member = std::weak_ptr<T>;
+    static constexpr std::size_t kSmallest = 16;
     std::vector<Member> members_;
+    std::size_t purgeAt_ = kSmallest;
 };
 
 }  // namespace zqcore::platform

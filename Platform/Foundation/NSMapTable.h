@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <unordered_map>
@@ -21,6 +22,8 @@ class NSMapTable final {
     /// Replaces; no object removes.
     void setObject(const std::shared_ptr<T>& object, Key key) {
         if (!object) return removeObjectForKey(key);
+        // The dead go whenever the table would otherwise have doubled.
+        if (entries_.size() >= purgeAt_) purgeAt_ = std::max(kSmallest, 2 * count());
         entries_.insert_or_assign(std::move(key), object);
     }
     void removeObjectForKey(const Key& key) { entries_.erase(key); }
@@ -33,7 +36,10 @@ class NSMapTable final {
     }
 
   private:
+    static constexpr std::size_t kSmallest = 16;
+
     std::unordered_map<Key, std::weak_ptr<T>, ObjectHash<Key>, ObjectEqual<Key>> entries_;
+    std::size_t purgeAt_ = kSmallest;
 };
 
 }  // namespace zqcore::platform
