@@ -38,13 +38,23 @@ struct ValueDictionary::Storage {
         if (!index.empty()) {
             index.emplace(entries.back().first, entries.size() - 1);
         } else if (entries.size() >= kIndexFrom) {
-            rebuildIndex();
+            buildIndex();
         }
     }
-    void rebuildIndex() {
-        index.clear();
-        if (entries.size() < kIndexFrom) return;
+    void buildIndex() {
         for (std::size_t i = 0; i < entries.size(); ++i) index.emplace(entries[i].first, i);
+    }
+    void erase(std::size_t at) {
+        if (entries.size() <= kIndexFrom) {
+            index.clear();
+        } else {
+            // Moved up in place: making the texts of the index anew would cost far more.
+            index.erase(entries[at].first);
+            for (auto& [key, position] : index) {
+                if (position > at) --position;
+            }
+        }
+        entries.erase(entries.begin() + static_cast<std::ptrdiff_t>(at));
     }
 };
 
@@ -92,8 +102,7 @@ bool ValueDictionary::erase(std::string_view key) {
     if (!storage_) return false;
     const auto at = storage_->position(key);
     if (at >= storage_->entries.size()) return false;
-    storage_->entries.erase(storage_->entries.begin() + static_cast<std::ptrdiff_t>(at));
-    storage_->rebuildIndex();
+    storage_->erase(at);
     return true;
 }
 

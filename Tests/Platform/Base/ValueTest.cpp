@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <string>
 
 namespace zqcore {
 namespace {
@@ -46,6 +47,15 @@ TEST(ValueTest, DictionaryKeepsOrderThroughItsIndex) {
     EXPECT_EQ(*dictionary.find("key5"), Value("replaced"));
     EXPECT_EQ(*dictionary.find("key99"), Value(99));
     EXPECT_EQ(dictionary.find("key0"), nullptr);
+
+    // From the front, from amid and from the end, until too few are left for an index, and none.
+    for (int round = 0; !dictionary.empty(); ++round) {
+        const auto at = static_cast<std::ptrdiff_t>(dictionary.size() - 1) * (round % 3) / 2;
+        const std::string gone = (dictionary.begin() + at)->first;
+        EXPECT_TRUE(dictionary.erase(gone));
+        EXPECT_EQ(dictionary.find(gone), nullptr);
+        for (const auto& [key, value] : dictionary) ASSERT_EQ(dictionary.find(key), &value) << key;
+    }
 }
 
 TEST(ValueTest, DeepNestingEndsWithoutRecursion) {
