@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <exception>
 #include <optional>
+#include <set>
 #include <utility>
-#include <vector>
 
 #include "Platform/Base/NSLog.h"
 #include "Platform/Dispatch/DispatchSourceTimer.h"
@@ -23,17 +23,14 @@ class MainLoopTimers {
 
     void add(const std::shared_ptr<NSTimer>& timer) {
         timer->order_ = ++lastOrder_;
-        timers_.push_back(timer);
+        timers_.insert(timer);
         setAlarm();
     }
     void remove(const NSTimer& timer) {
-        std::shared_ptr<NSTimer> held;
-        std::erase_if(timers_, [&](const auto& one) {
-            if (one.get() != &timer) return false;
-            held = one;
-            return true;
-        });
-        if (held) setAlarm();
+        const auto found = timers_.find(timer);
+        if (found == timers_.end()) return;
+        const auto held = timers_.extract(found);
+        setAlarm();
     }
     void removeAll() {
         for (const auto& timer : std::exchange(timers_, {})) timer->invalidate();
@@ -47,6 +44,18 @@ class MainLoopTimers {
     [[nodiscard]] NSRunLoopMode mode() const noexcept { return mode_; }
 
   private:
+    /// The next to fire first; of those due at once the one that was added first.
+    struct Earlier {
+        using is_transparent = void;
+        static const NSTimer& timer(const NSTimer& one) noexcept { return one; }
+        static const NSTimer& timer(const std::shared_ptr<NSTimer>& one) noexcept { return *one; }
+        bool operator()(const auto& a, const auto& b) const noexcept {
+            const NSTimer& one = timer(a);
+            const NSTimer& other = timer(b);
+            return std::pair(one.fireAt_, one.order_) < std::pair(other.fireAt_, other.order_);
+        }
+    };
+
     MainLoopTimers() {
         RunLoop::main().setTurnHandler(RunLoop::TurnPart::beforeQueue, [this] { fireDue(); });
     }
@@ -55,27 +64,26 @@ class MainLoopTimers {
         return timer.mode_ == NSRunLoopMode::commonModes || timer.mode_ == mode_;
     }
     [[nodiscard]] std::shared_ptr<NSTimer> earliest() const {
-        std::shared_ptr<NSTimer> found;
-        for (const auto& timer : timers_) {
-            if (!runsNow(*timer)) continue;
-            if (!found || std::pair(timer->fireAt_, timer->order_) < std::pair(found->fireAt_, found->order_))
-                found = timer;
-        }
-        return found;
+        const auto found = std::ranges::find_if(timers_, [this](const auto& one) { return runsNow(*one); });
+        return found == timers_.end() ? nullptr : *found;
     }
 
     void fireDue() {
+        // Most turns are for something else.
         const Clock::Instant now = Clock::current().now();
+        if (!alarmAt_ || *alarmAt_ > now) return;
         // What a firing adds is due later than now, so this ends.
         for (auto timer = earliest(); timer && timer->fireAt_ <= now; timer = earliest()) plan(*timer, now);
         setAlarm();
     }
-    static void plan(NSTimer& timer, Clock::Instant now) {
+    void plan(NSTimer& timer, Clock::Instant now) {
         const auto held = timer.self();
         if (timer.repeats_) {
             const auto interval =
                 std::chrono::duration_cast<Clock::Duration>(std::chrono::duration<double>(timer.interval_));
+            auto entry = timers_.extract(timers_.find(timer));
             timer.fireAt_ = timer.fireAt_ + interval * ((now - timer.fireAt_) / interval + 1);
+            timers_.insert(std::move(entry));
         }
         timer.fire();
     }
@@ -94,7 +102,7 @@ class MainLoopTimers {
         alarm_->resume();
     }
 
-    std::vector<std::shared_ptr<NSTimer>> timers_;
+    std::set<std::shared_ptr<NSTimer>, Earlier> timers_;
     std::shared_ptr<DispatchSourceTimer> alarm_;
     std::optional<Clock::Instant> alarmAt_;
     std::uint64_t lastOrder_ = 0;
