@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "Platform/Foundation/JSON/JSONNumber.h"
 #include "Platform/Foundation/JSON/TextScan.h"
@@ -94,6 +95,26 @@ void JSONWriter::put(std::string_view text) {
 
 void JSONWriter::fail(std::string reason) {
     if (!error_) error_ = JSONError{JSONError::Kind::invalidValue, describe(path_), std::move(reason), 0};
+}
+
+JSONWriter::Attempt::Attempt(JSONWriter& writer) noexcept
+    : writer_(writer),
+      used_(writer.used_),
+      depth_(writer.depth_),
+      comma_(writer.comma_),
+      earlier_(std::exchange(writer.error_, std::nullopt)) {}
+
+JSONWriter::Attempt::~Attempt() {
+    if (earlier_) writer_.error_ = std::move(earlier_);
+}
+
+std::optional<JSONError> JSONWriter::Attempt::takeFailure() noexcept {
+    if (writer_.error_) {
+        writer_.used_ = used_;
+        writer_.depth_ = depth_;
+        writer_.comma_ = comma_;
+    }
+    return std::exchange(writer_.error_, std::nullopt);
 }
 
 std::optional<std::string> JSONWriter::take() {

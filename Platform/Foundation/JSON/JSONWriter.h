@@ -74,6 +74,25 @@ class ZQ_EXPORT JSONWriter final {
         JSONPathNode node_;
     };
 
+    /// Writing that may fail without harm to the rest of the text, for the time of its life; may be nested.
+    class Attempt final {
+      public:
+        explicit Attempt(JSONWriter& writer) noexcept;
+        ~Attempt();
+        Attempt(const Attempt&) = delete;
+        Attempt& operator=(const Attempt&) = delete;
+        /// What failed since it was made, absent if nothing did. All that was written since is then taken
+        /// back, and the writer stands where it stood.
+        [[nodiscard]] std::optional<JSONError> takeFailure() noexcept;
+
+      private:
+        JSONWriter& writer_;
+        std::size_t used_;
+        int depth_;
+        bool comma_;
+        std::optional<JSONError> earlier_;
+    };
+
   private:
     char* room(std::size_t count);
     void grow(std::size_t count);

@@ -44,17 +44,13 @@ ZQ_EXPORT void logEncodeError(std::string_view typeName, const JSONError& error)
 /// and stands as an empty object, so that it doesn't take the record around it along.
 template <class Coder, class T>
 void encode(JSONWriter& writer, const T& value) {
-    if (writer.purpose() == JSONWriter::Purpose::json) {
-        // Tried apart, since a failure in the writer is for good.
-        JSONWriter own;
-        JSONCoder<T>::encode(own, value);
-        if (const auto& error = own.error()) {
-            logEncodeError(fullTypeName<Coder>(), *error);
-            if (writer.beginObject()) writer.endObject();
-            return;
-        }
-    }
+    if (writer.purpose() == JSONWriter::Purpose::description) return JSONCoder<T>::encode(writer, value);
+    JSONWriter::Attempt attempt(writer);
     JSONCoder<T>::encode(writer, value);
+    if (const auto error = attempt.takeFailure()) {
+        logEncodeError(fullTypeName<Coder>(), *error);
+        if (writer.beginObject()) writer.endObject();
+    }
 }
 
 }  // namespace optiondetail

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "Classes/Core/Utility/Codable/CPOptionImpl.h"
@@ -156,6 +158,65 @@ TEST(CPOptionTest, WhatCannotBeWrittenIsToldAndHarmsNothingElse) {
                 messages[0].find("OptionString encode catch error: ") != std::string::npos)
         << messages[0];
     EXPECT_NE(messages[1].find("OptionDouble encode catch error: "), std::string::npos) << messages[1];
+}
+
+/// A tree of tolerant fields.
+struct Node {
+    CPOption<CPOptionImpl::OptionDouble> weight;
+    CPOption<CPOptionImpl::OptionX<std::vector<std::shared_ptr<Node>>>> kids;
+    std::optional<std::int64_t> after;
+    ZQ_FIELDS(Node, weight, kids, after)
+};
+
+std::shared_ptr<Node> chain(int length) {
+    auto node = std::make_shared<Node>();
+    node->weight.wrappedValue = std::nan("");
+    node->after = 1;
+    while (--length > 0) {
+        const auto parent = std::make_shared<Node>();
+        parent->kids.wrappedValue.emplace().push_back(std::exchange(node, parent));
+        parent->after = 1;
+    }
+    return node;
+}
+
+TEST(CPOptionTest, WritesAFieldWithinFieldsOnceAndTellsItsFailureOnce) {
+    LogCapture capture;
+    EXPECT_EQ(JSONEncoder().encode(*chain(3))->view(),
+              R"({"kids":[{"kids":[{"weight":{},"after":1}],"after":1}],"after":1})");
+    const auto messages = capture.messages(LogCapture::error);
+    ASSERT_EQ(messages.size(), 1U) << capture;
+    EXPECT_TRUE(messages[0].contains(" encode catch error: kids[0].kids[0].weight: ")) << messages[0];
+    // Each level once, or this doesn't end in a lifetime.
+    EXPECT_TRUE(JSONEncoder().encode(*chain(200)));
+    EXPECT_EQ(capture.messages(LogCapture::error).size(), 2U);
+}
+
+TEST(CPOptionTest, AFieldThatIsNestedTooDeepIsLeftOutNotTheRecord) {
+    LogCapture capture;
+    const auto node = chain(1);
+    node->weight.wrappedValue.reset();
+    node->kids.wrappedValue.emplace().push_back(node);  // it holds itself: there is no end to it
+    const auto bytes = JSONEncoder().encode(*node);
+    node->kids.wrappedValue.reset();
+    ASSERT_TRUE(bytes);
+    EXPECT_TRUE(bytes->view().starts_with(R"({"kids":[{"kids":[)"));
+    EXPECT_TRUE(bytes->view().contains(R"({"kids":{},"after":1}],"after":1})"));
+    EXPECT_TRUE(JSONDecoder().decode<Node>(bytes->view())) << "no deeper than may be read";
+    EXPECT_TRUE(capture.contains("nested too deep")) << capture;
+}
+
+TEST(CPOptionTest, AFieldThatFailsBehindAnotherFailureIsStillTold) {
+    LogCapture capture;
+    struct Outer {
+        std::optional<double> plain;
+        CPOption<CPOptionImpl::OptionDouble> tolerant;
+        ZQ_FIELDS(Outer, plain, tolerant)
+    };
+    const auto bytes = JSONEncoder().encode(Outer{std::nan(""), {std::nan("")}});
+    ASSERT_FALSE(bytes);
+    EXPECT_TRUE(bytes.error().description().starts_with("plain: ")) << "the first stays";
+    EXPECT_EQ(capture.messages(LogCapture::error).size(), 1U) << capture;
 }
 
 }  // namespace
