@@ -6,9 +6,12 @@
 #include <sys/uio.h>
 #include <sys/un.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -33,16 +36,21 @@ int journalPriority(std::uint64_t flag) noexcept {
     }
 }
 
-void appendField(std::string& datagram, std::string_view name, std::string_view value) {
+/// "NAME=", or what begins a value of several lines: the name and the value's length, 64 bits, least
+/// significant byte first.
+void beginField(std::string& datagram, std::string_view name, std::string_view value) {
     datagram += name;
     if (value.find('\n') == std::string_view::npos) {
         datagram += '=';
     } else {
-        // A value of several lines is told by its length, 64 bits, least significant byte first.
         datagram += '\n';
         for (int shift = 0; shift < 64; shift += 8)
             datagram += static_cast<char>(static_cast<std::uint64_t>(value.size()) >> shift & 0xFF);
     }
+}
+
+void appendField(std::string& datagram, std::string_view name, std::string_view value) {
+    beginField(datagram, name, value);
     datagram += value;
     datagram += '\n';
 }
@@ -76,19 +84,26 @@ class DDOSLogger::Journal {
     bool send(std::string_view line, const DDLogMessage& message) {
         if (socket_ < 0) socket_ = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
         if (socket_ < 0 || address_.sun_path[0] == '\0') return false;
-        datagram_.clear();
-        appendField(datagram_, "MESSAGE", line);
-        appendField(datagram_, "PRIORITY", std::to_string(journalPriority(message.flag)));
-        appendField(datagram_, "SYSLOG_IDENTIFIER", program_invocation_short_name);
-        appendField(datagram_, "CODE_FILE", message.file);
-        appendField(datagram_, "CODE_LINE", std::to_string(message.line));
-        appendField(datagram_, "CODE_FUNC", message.function);
-        iovec part{datagram_.data(), datagram_.size()};
+        head_.clear();
+        beginField(head_, "MESSAGE", line);
+        tail_ = '\n';
+        appendField(tail_, "PRIORITY", std::to_string(journalPriority(message.flag)));
+        appendField(tail_, "SYSLOG_IDENTIFIER", program_invocation_short_name);
+        appendField(tail_, "CODE_FILE", message.file);
+        appendField(tail_, "CODE_LINE", std::to_string(message.line));
+        appendField(tail_, "CODE_FUNC", message.function);
+        // The line goes from where it lies: it may be long.
+        const std::array<std::string_view, 3> entry{head_, line, tail_};
+        std::array<iovec, 3> parts;
+        std::ranges::transform(entry, parts.begin(), [](std::string_view part) {
+            return iovec{const_cast<char*>(part.data()), part.size()};
+        });
         msghdr header{};
-        header.msg_iov = &part;
-        header.msg_iovlen = 1;
+        header.msg_iov = parts.data();
+        header.msg_iovlen = parts.size();
         if (transmit(header)) return true;
-        return (errno == EMSGSIZE || errno == ENOBUFS) && sendInMemory();
+        // Told before anyone has looked whether a journal is there.
+        return (errno == EMSGSIZE || errno == ENOBUFS) && answers() && sendInMemory(entry);
     }
 
   private:
@@ -101,11 +116,20 @@ class DDOSLogger::Journal {
         return sent >= 0;
     }
 
+    [[nodiscard]] bool answers() const {
+        const int probe = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+        if (probe < 0) return false;
+        const bool connected =
+            ::connect(probe, reinterpret_cast<const sockaddr*>(&address_), sizeof(address_)) == 0;
+        ::close(probe);
+        return connected;
+    }
+
     /// What is too long for a datagram goes as a sealed file in memory.
-    bool sendInMemory() {
+    bool sendInMemory(std::span<const std::string_view> entry) {
         const int file = ::memfd_create("journal-entry", MFD_CLOEXEC | MFD_ALLOW_SEALING);
         if (file < 0) return false;
-        writeWhole(file, datagram_);
+        for (const std::string_view part : entry) writeWhole(file, part);
         ::fcntl(file, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE | F_SEAL_SEAL);
         alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))]{};
         msghdr header{};
@@ -123,7 +147,8 @@ class DDOSLogger::Journal {
 
     int socket_ = -1;
     sockaddr_un address_{};
-    std::string datagram_;
+    std::string head_;
+    std::string tail_;
 };
 
 const std::shared_ptr<DDOSLogger>& DDOSLogger::sharedInstance() {

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -111,6 +112,19 @@ TEST_F(DDOSLoggerTest, SendsWhatIsTooLongForADatagramInASealedFile) {
     EXPECT_EQ(fallbackText(), "");
 }
 
+std::size_t memoryInUse() {
+    const struct mallinfo2 info = ::mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+TEST_F(DDOSLoggerTest, KeepsNoMemoryOfALongLine) {
+    say(*ddlog_, "short");
+    const std::string text(8 << 20, 'x');
+    const std::size_t before = memoryInUse();
+    say(*ddlog_, text);
+    EXPECT_LT(memoryInUse(), before + (1 << 20));
+}
+
 TEST_F(DDOSLoggerTest, WritesRowsToStandardErrorWhileNoJournalAnswers) {
     journal_.end();
     say(*ddlog_, "no journal");
@@ -119,11 +133,16 @@ TEST_F(DDOSLoggerTest, WritesRowsToStandardErrorWhileNoJournalAnswers) {
     say(*ddlog_, "it is back");
     EXPECT_TRUE(journal_.receive().starts_with("MESSAGE=it is back\n"));
     EXPECT_EQ(fallbackText(), "no journal\n");
+    journal_.end();
+    const std::string text(2 << 20, 'x');
+    say(*ddlog_, text);
+    EXPECT_EQ(fallbackText(), "no journal\n" + text + "\n") << "nor one for what is too long for a datagram";
+    ASSERT_EQ(::ftruncate(fallback_, 0), 0);
 
     const auto elsewhere = DDLog::make();
     elsewhere->addLogger(DDOSLogger::make("/" + std::string(200, 'p'), fallback_));
     say(*elsewhere, "no such path");
-    EXPECT_EQ(fallbackText(), "no journal\nno such path\n");
+    EXPECT_EQ(fallbackText(), "no such path\n");
 }
 
 }  // namespace
