@@ -30,7 +30,8 @@ bool write(const KSCrashReport* report, long index, const std::string& directory
     const NSFileManager& files = NSFileManager::defaultManager();
     const std::string path = stringByAppendingPathComponent(directory, crashfile::name(date));
     (void)files.removeItemAtPath(path);
-    const auto written = files.writeAtomically(text->value(), path);
+    // The last lines of the log are in it, so it is as private as the log.
+    const auto written = files.writeAtomically(text->value(), path, 0600);
     if (!written) ZQLogError([&] { return "写入 crash 日志失败: " + written.error().description(); });
     return written.has_value();
 }

@@ -78,10 +78,14 @@ std::expected<void, NSError> KSCrash::installWithConfiguration(const KSCrashConf
 void KSCrash::setSink(std::shared_ptr<KSCrashReportFilter> sink) { sink_ = std::move(sink); }
 
 void KSCrash::sendAllReportsWithCompletion(const KSCrashReportFilterCompletion& onCompletion) {
-    const std::vector<std::uint64_t> numbers = store().readyReports();
+    std::vector<std::uint64_t> numbers;
     KSCrashReports reports;
-    for (const std::uint64_t number : numbers) {
-        reports.push_back(KSCrashReportDictionary::make(store().read(number)));
+    for (const std::uint64_t number : store().readyReports()) {
+        // Another process of the application may have sent it by now.
+        auto report = store().read(number);
+        if (!report) continue;
+        numbers.push_back(number);
+        reports.push_back(KSCrashReportDictionary::make(*std::move(report)));
     }
     if (reports.empty()) {
         if (onCompletion) onCompletion(reports, true, std::nullopt);

@@ -91,10 +91,11 @@ std::vector<std::uint64_t> KSCrashReportStore::readyReports() const {
     return result;
 }
 
-Value::Dictionary KSCrashReportStore::read(std::uint64_t number) const {
+std::optional<Value::Dictionary> KSCrashReportStore::read(std::uint64_t number) const {
     const NSFileManager& files = NSFileManager::defaultManager();
     const auto text = files.contentsAtPath(filePath(number, crash::kReportExtension));
-    Value::Dictionary report = crash::parseStoredReport(text ? text->view() : std::string_view());
+    if (!text) return std::nullopt;
+    Value::Dictionary report = crash::parseStoredReport(text->view());
     if (const auto lines = files.contentsAtPath(filePath(number, crash::kLogExtension));
         lines && !lines->empty()) {
         Value* user = report.find("user");

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <expected>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,7 @@ namespace zqcore::platform {
 /// The reports on disk: PATH/Reports/NAME-report-NUMBER.json, the number in 16 lower hexadecimal digits and
 /// rising, each with the log lines of its last moment beside it in a file that ends in ".log".
 /// Threads: one at a time; several processes may share a directory.
-/// Failure: a report that can't be read counts as an empty one; one that is being written isn't seen.
+/// Failure: a report that is torn gives what there is of it; one that is being written isn't seen.
 class KSCrashReportStore final {
   public:
     static constexpr std::size_t kMaximumCount = 5;
@@ -30,8 +31,8 @@ class KSCrashReportStore final {
 
     /// The numbers of the reports that are ready to be read, the oldest first.
     [[nodiscard]] std::vector<std::uint64_t> readyReports() const;
-    /// The report with its symbols and its log lines.
-    [[nodiscard]] Value::Dictionary read(std::uint64_t number) const;
+    /// The report with its symbols and its log lines; absent if its file can't be read, or is gone.
+    [[nodiscard]] std::optional<Value::Dictionary> read(std::uint64_t number) const;
     /// Deletes the report and what lies beside it.
     void remove(std::uint64_t number) const;
 

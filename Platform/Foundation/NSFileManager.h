@@ -71,8 +71,9 @@ class ZQ_EXPORT NSFileManager final {
     [[nodiscard]] Result<Data> contentsAtPath(std::string_view path) const;
     /// Replaces a file's content in one step: a reader sees the old or the new, whole. Goes through a
     /// temporary file beside it, which is gone if this fails. Keeps the permissions of the file that was
-    /// there.
-    Result<void> writeAtomically(std::string_view bytes, std::string_view path) const;
+    /// there; a new one gets `permissions`.
+    Result<void> writeAtomically(std::string_view bytes, std::string_view path,
+                                 unsigned permissions = 0644) const;
 
   private:
     NSFileManager() = default;

@@ -16,6 +16,7 @@
 #include "Platform/Foundation/NSBundle.h"
 #include "Platform/Foundation/NSPath.h"
 #include "Platform/Foundation/NSProcessInfo.h"
+#include "Platform/Foundation/Text/Utf16.h"
 
 namespace zqcore::platform::crash {
 
@@ -86,9 +87,10 @@ Value::Dictionary systemFacts() {
     const std::string path = executablePath();
     const std::string model = MachineFacts::current().systemControl("hw.model").value_or("");
     Value::Dictionary facts;
-    // A fact that is missing stays out, so that readers see that it is missing.
-    const auto set = [&facts](const char* key, std::string value) {
-        if (!value.empty()) facts.set(key, std::move(value));
+    // A fact that is missing stays out, so that readers see that it is missing. The name of a file may be any
+    // bytes, and the report is a text.
+    const auto set = [&facts](const char* key, const std::string& value) {
+        if (!value.empty()) facts.set(key, fromUTF16(toUTF16(value)));
     };
     set("system_name", releaseField("NAME"));
     set("system_version", releaseField("VERSION_ID"));

@@ -167,13 +167,13 @@ NSFileManager::Result<Data> NSFileManager::contentsAtPath(std::string_view path)
     return Data(*std::move(bytes));
 }
 
-NSFileManager::Result<void> NSFileManager::writeAtomically(std::string_view bytes,
-                                                           std::string_view path) const {
+NSFileManager::Result<void> NSFileManager::writeAtomically(std::string_view bytes, std::string_view path,
+                                                           unsigned permissions) const {
     if (isCut(path)) return failure(ENOENT, path, Access::changing);
     static std::atomic<unsigned> serial{0};
     const std::string target(path);
     struct stat facts {};
-    const unsigned mode = ::stat(target.c_str(), &facts) == 0 ? facts.st_mode & 07777U : 0644U;
+    const unsigned mode = ::stat(target.c_str(), &facts) == 0 ? facts.st_mode & 07777U : permissions;
     const std::string temporary =
         target + ".sb-" + std::to_string(::getpid()) + "-" + std::to_string(serial.fetch_add(1));
     return posix::replaceFile(target, temporary, bytes, mode, /*durable=*/false);

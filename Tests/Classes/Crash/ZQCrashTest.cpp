@@ -79,6 +79,9 @@ TEST_F(ZQCrashTest, ExportsEachStoredReportUnderItsOwnTimeAndOnlyOnce) {
     EXPECT_TRUE(readFile(reports[0].path).starts_with("Incident Identifier: FIRST\n"));
     EXPECT_TRUE(readFile(reports[1].path).starts_with("Incident Identifier: SECOND\n"));
     EXPECT_TRUE(storeIsEmpty());
+    EXPECT_EQ(std::filesystem::status(reports[0].path).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write)
+        << "log lines are in it";
 
     log.clear();
     store({R"({"version":"3.3.0","id":"THIRD","timestamp":1614834369000000})"});
@@ -104,6 +107,19 @@ TEST_F(ZQCrashTest, KeepsReportsThatItCouldNotWrite) {
     EXPECT_TRUE(log.contains("写入 crash 日志失败: Error Domain=NSCocoaErrorDomain"));
     EXPECT_TRUE(log.has("导出崩溃日志：count=1; result=false; error=nil"));
     EXPECT_FALSE(storeIsEmpty());
+}
+
+TEST_F(ZQCrashTest, LeavesOutAReportThatItCannotReadAndKeepsIt) {
+    store({R"({"version":"3.3.0","timestamp":1614834367123456})"});
+    const std::string name = NSProcessInfo::processInfo().processName();
+    // A folder in the place of a file: no file, whoever asks.
+    const std::string unreadable = home_.write(
+        ".cache/KSCrash/" + name + "/Reports/" + name + "-report-0000000000000002.json/note", "kept");
+    LogCapture log;
+    ZQCrash::install();
+    EXPECT_TRUE(log.has("导出崩溃日志：count=1; result=true; error=nil")) << log;
+    EXPECT_EQ(exportedNames().size(), 1U);
+    EXPECT_EQ(readFile(unreadable), "kept");
 }
 
 TEST_F(ZQCrashTest, GoesOnWithTheExportWhereCaptureCannotBeInstalled) {

@@ -51,7 +51,8 @@ class CrashCapture : public testing::Test {
     Value::Dictionary report() {
         const std::vector<std::uint64_t> numbers = store_.readyReports();
         EXPECT_EQ(numbers.size(), 1U);
-        return numbers.empty() ? Value::Dictionary() : store_.read(numbers.front());
+        return numbers.empty() ? Value::Dictionary()
+                               : store_.read(numbers.front()).value_or(Value::Dictionary());
     }
 
     ScratchFolder folder_;
@@ -150,6 +151,22 @@ TEST_F(CrashCapture, TellsWhereAndWhatTheProcessWas) {
         EXPECT_GT(entry.number("image_size"), 4096U);
     }
     EXPECT_TRUE(hasItself);
+}
+
+TEST_F(CrashCapture, AnExecutableWhoseNameIsNoTextCostsNoFact) {
+    const std::string name = "caf\xE9";
+    std::filesystem::copy_file(ZQ_TEST_PROGRAMS "/CrashChild", folder_ / name);
+    ChildProcess child({folder_ / name, "segv", "main", "path=" + folder_.path()});
+    EXPECT_EQ(child.wait(), -SIGSEGV);
+    const KSCrashReportStore store(folder_.path(), name);
+    ASSERT_EQ(store.readyReports().size(), 1U);
+    const Value::Dictionary found = store.read(store.readyReports().front()).value_or(Value::Dictionary());
+    const ReportFields fields(&found);
+    EXPECT_EQ(fields.in("report").shown("version"), "3.3.0");
+    EXPECT_EQ(fields.in("report").shown("id").size(), 36U);
+    EXPECT_EQ(fields.in("report").shown("process_name"), "caf\uFFFD");
+    EXPECT_EQ(fields.in("system").shown("CFBundleExecutable"), "caf\uFFFD");
+    EXPECT_NE(fields.in("system").text("os_version"), nullptr);
 }
 
 TEST_F(CrashCapture, ReportsStackOverflowsOnTheMainThreadAndOnQueues) {
