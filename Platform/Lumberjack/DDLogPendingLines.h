@@ -11,8 +11,9 @@ namespace zqcore::platform {
 /// The log lines that have not surely reached their outputs, for a crash handler to save.
 /// Threads: any, also inside a signal handler: no lock is taken, no memory allocated, errno is kept. The log
 /// queue is halted for the time of the walk; if it doesn't halt within 100 ms (its thread may hang in the
-/// kernel), the walk goes ahead regardless. Lifetime: the texts hold during the callback. Failure: lines that
-/// another thread is just putting in are left out; some lines may have been written already.
+/// kernel), the walk goes ahead regardless. It goes on after 4 s even if the walk was left by a jump.
+/// Lifetime: the texts hold during the callback. Failure: lines that another thread is just putting in are
+/// left out; some lines may have been written already.
 class ZQ_EXPORT DDLogPendingLines final {
   public:
     struct Line {

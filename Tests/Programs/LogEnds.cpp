@@ -1,4 +1,5 @@
 // Logs, then ends in the way that its first argument names; a test looks at what reached the disk.
+#include <setjmp.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -71,6 +72,36 @@ int crash() {
     return 1;
 }
 
+/// Takes lines when it is let, and prints them.
+class PatientLogger final : public DDLogger {
+  public:
+    void logMessage(const DDLogMessage& message) override {
+        stuck = true;
+        stuck.notify_one();
+        released.wait(false);
+        std::printf("%.*s\n", static_cast<int>(message.message.size()), message.message.data());
+    }
+    static inline std::atomic<bool> released{false};
+};
+
+sigjmp_buf wayOut;
+
+/// A walk over the pending lines that faults, as it may in a crash handler; and then an exit.
+[[noreturn]] void leaveWalk() {
+    ::alarm(20);
+    auto ddlog = DDLog::make();
+    ddlog->addLogger(std::make_shared<PatientLogger>());
+    say(*ddlog, "one");
+    stuck.wait(false);
+    say(*ddlog, "two");
+    if (sigsetjmp(wayOut, 1) == 0)
+        DDLogPendingLines::walk([](const DDLogPendingLines::Line&, void*) { siglongjmp(wayOut, 1); },
+                                nullptr);
+    PatientLogger::released = true;
+    PatientLogger::released.notify_one();
+    std::exit(0);
+}
+
 /// Lines for a standard error that nobody reads any more, each by a road that writes on this thread.
 int logToBrokenPipe() {
     int ends[2];
@@ -97,6 +128,7 @@ int logToBrokenPipe() {
 int main(int count, char** arguments) {
     const std::string_view way = arguments[1];
     if (way == "crash") return crash();
+    if (way == "left walk") leaveWalk();
     if (way == "broken pipe") return logToBrokenPipe();
     if (count < 3) return 2;
     // Never ended: threads go on logging while the process goes.

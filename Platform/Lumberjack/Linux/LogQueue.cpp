@@ -30,6 +30,10 @@ constexpr timespec kLinger{0, 200'000};
 // How long a walk over the pending lines waits for the queue to halt.
 constexpr std::int64_t kPatience = 100'000'000;
 
+// How long the queue stays halted for one walk. A crash handler leaves a walk that faults or hangs by a jump,
+// so its end may never be told; and the exit that follows must not wait for it.
+constexpr std::int64_t kLongestWalk = 4'000'000'000;
+
 // The machine's own clock: a signal handler can't ask for the current one, and waits for real.
 std::int64_t monotonicNanoseconds() noexcept {
     timespec now{};
@@ -319,7 +323,7 @@ void LogQueue::haltIfFrozen() noexcept {
     if (frozen_.load() == 0) [[likely]]
         return;
     halted_.store(true);
-    while (frozen_.load() != 0) {
+    while (frozen_.load() != 0 && monotonicNanoseconds() < frozenUntil_.load()) {
         const timespec moment{0, 1'000'000};
         ::nanosleep(&moment, nullptr);
     }
@@ -331,12 +335,13 @@ std::size_t LogQueue::walkPending(DDLogPendingLines::Callback callback, void* co
     if (!known) return 0;
     LogQueue& queue = *known;
     const int keptErrno = errno;
+    const std::int64_t start = monotonicNanoseconds();
     // A thread that takes the role from now on sees the halt before it touches a record.
+    queue.frozenUntil_.store(start + kLongestWalk);
     queue.frozen_.fetch_add(1);
     // By the clock, not by rounds, which get long on a loaded machine: a crash handler has a limit of its
     // own.
-    const std::int64_t end = monotonicNanoseconds() + kPatience;
-    while (monotonicNanoseconds() < end) {
+    while (monotonicNanoseconds() < start + kPatience) {
         const int drainer = queue.drainer_.load();
         if (drainer == 0 || drainer == threadNumber() || queue.halted_.load()) break;
         const timespec moment{0, 1'000'000};

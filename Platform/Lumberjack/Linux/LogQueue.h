@@ -95,6 +95,7 @@ class LogQueue final : public DispatchQueue {
     std::mutex role_;
     std::atomic<int> drainer_{0};  // thread number of the role's holder
     std::atomic<int> frozen_{0};
+    std::atomic<std::int64_t> frozenUntil_{0};  // by the machine's monotonic clock
     std::atomic<bool> halted_{false};
     LogOutputs* written_ = nullptr;  // whose outputs may keep lines back
     std::vector<std::unique_ptr<std::string>> longTexts_;

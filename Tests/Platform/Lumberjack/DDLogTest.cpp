@@ -302,6 +302,13 @@ TEST(DDLogTest, ADyingProcessCanTellItsPendingLines) {
     EXPECT_EQ(child.wait(), -SIGSEGV);
 }
 
+TEST(DDLogTest, AWalkThatWasLeftByAJumpDoesntHoldTheExit) {
+    testkit::ChildProcess child({program(), "left walk"});
+    EXPECT_EQ(child.readLine(), "one");
+    EXPECT_EQ(child.readLine(), "two");
+    EXPECT_EQ(child.wait(), 0);
+}
+
 TEST(DDLogTest, PendingLinesCanBeWalkedWhileOthersLog) {
     const Log log;
     std::atomic<bool> stop{false};
