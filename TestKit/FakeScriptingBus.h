@@ -27,6 +27,9 @@ class FakeScriptingBus final : public platform::ScriptingBus {
     std::function<std::expected<Answer, platform::NSError>(std::string_view text)> answer =
         [](std::string_view text) { return Answer(std::string(text)); };
 
+    /// What is to be called when the bus is gone.
+    std::function<void()> gone;
+
     /// "start" and "request TEXT", in order.
     [[nodiscard]] std::vector<std::string> calls() const {
         const std::lock_guard lock(mutex_);
@@ -62,7 +65,7 @@ class FakeScriptingBus final : public platform::ScriptingBus {
         return platform::ScriptingServeStatus::noBus;
     }
     void stopServing(const std::string&) override {}
-    void whenGone(std::function<void()>) override {}
+    void whenGone(std::function<void()> handler) override { gone = std::move(handler); }
     bool broadcast(const platform::NSDistributedNotification& notification) override {
         const std::lock_guard lock(mutex_);
         posts_.push_back(notification);

@@ -17,6 +17,7 @@ bool NSDistributedNotificationCenter::postNotificationName(std::string name, Val
 std::shared_ptr<void> NSDistributedNotificationCenter::addObserver(
     const std::string& name, std::shared_ptr<DispatchQueue> queue,
     std::function<void(const NSDistributedNotification&)> block) {
+    if (!block) return nullptr;
     auto shared = std::make_shared<const decltype(block)>(std::move(block));
     return ScriptingBus::current().listen(
         name, [queue = std::move(queue), shared](const NSDistributedNotification& notification) {

@@ -26,7 +26,8 @@ class ZQ_EXPORT NSDistributedNotificationCenter final {
     bool postNotificationName(std::string name, Value object, std::optional<ValueDictionary> userInfo);
 
     /// Calls `block` on `queue` for every notification of that name, whatever its object, until the last
-    /// reference to the result goes; one that is under way then may still come.
+    /// reference to the result goes; one that is under way then may still come. Null
+    /// pointer for an empty block and for a name that can't be listened for.
     [[nodiscard]] std::shared_ptr<void> addObserver(
         const std::string& name, std::shared_ptr<DispatchQueue> queue,
         std::function<void(const NSDistributedNotification&)> block);

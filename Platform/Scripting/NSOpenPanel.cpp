@@ -65,7 +65,7 @@ void NSOpenPanel::beginWithCompletionHandler(std::move_only_function<void(NSModa
             DispatchQueue::main()->async([panel = std::move(panel), handler = std::move(handler),
                                           chosen = std::move(chosen)]() mutable {
                 panel->url_ = std::move(chosen);
-                handler(panel->url_ ? NSModalResponseOK : NSModalResponseCancel);
+                if (handler) handler(panel->url_ ? NSModalResponseOK : NSModalResponseCancel);
             });
         });
     presenter()->present(*this, std::move(answer));

@@ -35,6 +35,7 @@ void NSScriptSuiteRegistry::stopServing(const std::string& identifier) {
 }
 
 void NSScriptSuiteRegistry::whenBusIsGone(std::function<void()> handler) {
+    if (!handler) return ScriptingBus::current().whenGone(nullptr);
     ScriptingBus::current().whenGone(
         [handler = std::move(handler)] { DispatchQueue::main()->async(handler); });
 }

@@ -16,7 +16,8 @@ namespace zqcore::platform {
 /// The serving end of scripting: an application registers the command behind `request:` once and claims its
 /// identifier. Threads: both operations from any; commands are made and run on the main thread, so the
 /// process runs its main loop; answers may come from any thread. Lifetime: serving lasts until `stopServing`
-/// or the end of the process, and is taken up again after the bus was lost. A command is held until it has
+/// or the end of the process, and is taken up again after the bus was lost, or when the process ends that
+/// took the name first. A command is held until it has
 /// answered. Failure: `serve` tells it. A factory that gives no command answers with nothing.
 ///
 ///     NSScriptSuiteRegistry::serve("com.example.app", [](NSScriptCommandDescription description) {
@@ -34,7 +35,7 @@ class ZQ_EXPORT NSScriptSuiteRegistry final {
     static void stopServing(const std::string& identifier);
     /// Calls `handler` on the main thread when the bus went and none came up in its place for 1.5 seconds, as
     /// at the end of a session. A process that only serves may end then; one that stays is served again by
-    /// a bus that comes later.
+    /// a bus that comes later. An empty handler ends it.
     static void whenBusIsGone(std::function<void()> handler);
 };
 

@@ -76,7 +76,8 @@ class ZQ_EXPORT ScriptingBus {
                                                                  std::string_view text) = 0;
 
     /// Claims `identifier` and hands every `request:` to `handler` from then on. A second call for the same
-    /// identifier replaces the handler.
+    /// identifier replaces the handler; one that fails changes nothing. Where another process takes the name
+    /// first on a new bus, that is told in the log, and the name is claimed again as soon as it is free.
     virtual ScriptingServeStatus serve(const std::string& identifier, CommandHandler handler) = 0;
     /// Gives `identifier` up; commands that arrived before may still answer.
     virtual void stopServing(const std::string& identifier) = 0;

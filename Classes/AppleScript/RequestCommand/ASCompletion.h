@@ -19,7 +19,9 @@ class ZQ_EXPORT ASCompletion final {
 
     explicit ASCompletion(Answer answer) : answer_(std::make_shared<const Answer>(std::move(answer))) {}
 
-    void operator()(std::shared_ptr<ASResponseModel> response) const { (*answer_)(std::move(response)); }
+    void operator()(std::shared_ptr<ASResponseModel> response) const {
+        if (*answer_) (*answer_)(std::move(response));
+    }
 
   private:
     std::shared_ptr<const Answer> answer_;

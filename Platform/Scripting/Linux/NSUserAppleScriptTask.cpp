@@ -123,6 +123,7 @@ Outcome runScript(const std::string& path, const NSAppleEventDescriptor& event) 
 }
 
 void report(NSUserAppleScriptTask::CompletionHandler handler, Outcome outcome) {
+    if (!handler) return;
     DispatchQueue::global(DispatchQoS::userInitiated)
         ->async([handler = std::move(handler), outcome = std::move(outcome)]() mutable {
             if (outcome) {

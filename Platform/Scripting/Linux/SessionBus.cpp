@@ -52,7 +52,12 @@ void SessionBus::closing() {
     peers_.clear();
     admitted_.clear();
     judging_.clear();
-    for (auto& [identifier, served] : served_) served.object.reset();
+    for (auto& [identifier, served] : served_) {
+        served.object.reset();
+        served.claim.reset();
+        served.watch.reset();
+        served.ours = false;
+    }
     for (const auto& listener : listeners_) listener->match.reset();
 }
 
@@ -96,15 +101,19 @@ SessionBus::Peer& SessionBus::watch(sd_bus* bus, const std::string& identifier) 
     Peer& peer = place->second;
     if (!made) return peer;
     ++lastVersion_;
+    peer.watch = watchOwner(bus, identifier, &SessionBus::onOwnerChanged, &peer);
+    return peer;
+}
+
+SdSlotHandle SessionBus::watchOwner(sd_bus* bus, const std::string& identifier,
+                                    sd_bus_message_handler_t handler, void* data) {
     const std::string rule = std::string("type='signal',sender='") + kDaemon + "',interface='" + kDaemon +
                              "',member='NameOwnerChanged',arg0='" + identifier + "'";
     sd_bus_slot* slot = nullptr;
     // Its own callback for the daemon's answer: without one a refusal would end the connection.
     sd_bus_add_match_async(
-        bus, &slot, rule.c_str(), &SessionBus::onOwnerChanged,
-        [](sd_bus_message*, void*, sd_bus_error*) { return 1; }, &peer);
-    peer.watch.reset(slot);
-    return peer;
+        bus, &slot, rule.c_str(), handler, [](sd_bus_message*, void*, sd_bus_error*) { return 1; }, data);
+    return SdSlotHandle(slot);
 }
 
 int SessionBus::onOwnerChanged(sd_bus_message* message, void* pointer, sd_bus_error*) {

@@ -54,8 +54,15 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     /// An identifier that this process serves.
     struct Served {
         SessionBus& bus;
-        std::shared_ptr<const CommandHandler> handler;
-        SdSlotHandle object;
+        std::string identifier;
+        std::shared_ptr<const CommandHandler> handler{};
+        /// Shared by the identifiers that have one path.
+        std::shared_ptr<sd_bus_slot> object{};
+        /// Whether the bus has given the name to this process.
+        bool ours = false;
+        SdSlotHandle claim{};
+        /// While another process has the name that was this one's on an earlier bus.
+        SdSlotHandle watch{};
     };
     struct Listener {
         SessionBus& bus;
@@ -88,13 +95,19 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     enum class Watched { asBefore, fromNow };
     [[nodiscard]] bool askForOwner(const std::string& identifier, Watched watched);
     Peer& watch(sd_bus* bus, const std::string& identifier);
+    [[nodiscard]] static SdSlotHandle watchOwner(sd_bus* bus, const std::string& identifier,
+                                                 sd_bus_message_handler_t handler, void* data);
     void learnOwner(const std::string& identifier, std::uint64_t version, std::string_view owner);
     void forgetAbsent(const std::string& identifier, Failed earlier);
     [[nodiscard]] bool isWanted() const { return !served_.empty() || !listeners_.empty(); }
     void search();
     static int onOwnerChanged(sd_bus_message* message, void* peer, sd_bus_error*);
 
-    [[nodiscard]] int exportObject(sd_bus* bus, const std::string& identifier, Served& served);
+    [[nodiscard]] int exportObject(sd_bus* bus, Served& served);
+    void claim(sd_bus* bus, Served& served);
+    [[nodiscard]] Served* addressedBy(sd_bus_message* message);
+    static int onClaimed(sd_bus_message* message, void* served, sd_bus_error*);
+    static int onServedNameChanged(sd_bus_message* message, void* served, sd_bus_error*);
     void subscribe(sd_bus* bus, Listener& listener);
     void stopListening(const std::shared_ptr<Listener>& listener);
     void judge(sd_bus_message* message, Judged judged);
@@ -102,7 +115,7 @@ class SessionBus final : public ScriptingBus, private BusConnection::Owner {
     void accept(sd_bus_message* message, std::shared_ptr<const CommandHandler> handler);
     void reply(HeldCall& call, const Answer& answer);
     void refuse(HeldCall& call, const std::string& why);
-    static int onCommand(sd_bus_message* message, void* served, sd_bus_error*);
+    static int onCommand(sd_bus_message* message, void* bus, sd_bus_error*);
     static int onNotification(sd_bus_message* message, void* listener, sd_bus_error*);
     static int onUserOfSender(sd_bus_message* message, void* sender, sd_bus_error*);
 

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "Platform/Base/NSLog.h"
 #include "Platform/Scripting/Linux/BusErrors.h"
 #include "Platform/Scripting/Linux/BusValue.h"
 #include "Platform/Scripting/Linux/SealedText.h"
@@ -24,6 +25,9 @@ constexpr std::uint64_t kClaimFlags = 0x4;
 constexpr std::size_t kMostAdmitted = 1024;
 
 int ignoreAnswer(sd_bus_message*, void*, sd_bus_error*) { return 1; }
+
+/// Whether an answer to RequestName gives the name: 1 is owner now, 4 owner already (D-Bus specification).
+[[nodiscard]] bool givesName(std::uint32_t answer) { return answer == 1 || answer == 4; }
 
 [[nodiscard]] bool readNotification(sd_bus_message* message, NSDistributedNotification& notification) {
     const char* name = nullptr;
@@ -73,13 +77,49 @@ class SessionBus::HeldCall final {
 
 void SessionBus::opened(sd_bus* bus) {
     for (auto& [identifier, served] : served_) {
-        if (exportObject(bus, identifier, served) < 0) continue;
-        sd_bus_request_name_async(bus, nullptr, identifier.c_str(), 0, &ignoreAnswer, nullptr);
+        if (exportObject(bus, served) >= 0) claim(bus, served);
     }
     for (const auto& listener : listeners_) subscribe(bus, *listener);
 }
 
-int SessionBus::exportObject(sd_bus* bus, const std::string& identifier, Served& served) {
+void SessionBus::claim(sd_bus* bus, Served& served) {
+    sd_bus_slot* slot = nullptr;
+    sd_bus_request_name_async(bus, &slot, served.identifier.c_str(), 0, &SessionBus::onClaimed, &served);
+    served.claim.reset(slot);
+}
+
+int SessionBus::onClaimed(sd_bus_message* message, void* pointer, sd_bus_error*) {
+    auto& served = *static_cast<Served*>(pointer);
+    sd_bus* bus = sd_bus_message_get_bus(message);
+    // When the connection goes, sd-bus itself answers what is pending.
+    if (sd_bus_is_open(bus) <= 0) return 1;
+    std::uint32_t answer = 0;
+    if (sd_bus_message_is_method_error(message, nullptr) == 0) sd_bus_message_read(message, "u", &answer);
+    served.ours = givesName(answer);
+    if (served.ours) {
+        served.watch.reset();
+    } else if (!served.watch) {
+        served.bus.connection_.defer([identifier = served.identifier] {
+            NSLog("scripting: " + identifier + " has gone to another process, which is waited for");
+        });
+        // Claimed once more behind the watch: from here on its end can't be missed.
+        served.watch = watchOwner(bus, served.identifier, &SessionBus::onServedNameChanged, &served);
+        served.bus.claim(bus, served);
+    }
+    return 1;
+}
+
+int SessionBus::onServedNameChanged(sd_bus_message* message, void* pointer, sd_bus_error*) {
+    auto& served = *static_cast<Served*>(pointer);
+    const char* name = nullptr;
+    const char* before = nullptr;
+    const char* now = nullptr;
+    if (sd_bus_message_read(message, "sss", &name, &before, &now) >= 0 && *now == '\0')
+        served.bus.claim(sd_bus_message_get_bus(message), served);
+    return 0;
+}
+
+int SessionBus::exportObject(sd_bus* bus, Served& served) {
     static const std::array<sd_bus_vtable, 4> table{{
         SD_BUS_VTABLE_START(0),
         SD_BUS_METHOD_WITH_ARGS("request", SD_BUS_ARGS("s", text), SD_BUS_RESULT("s", answer),
@@ -88,11 +128,31 @@ int SessionBus::exportObject(sd_bus* bus, const std::string& identifier, Served&
                                 &SessionBus::onCommand, SD_BUS_VTABLE_UNPRIVILEGED),
         SD_BUS_VTABLE_END,
     }};
+    const std::string path = objectPathForIdentifier(served.identifier);
+    for (const auto& [identifier, other] : served_) {
+        if (!other.object || objectPathForIdentifier(identifier) != path) continue;
+        served.object = other.object;
+        return 0;
+    }
     sd_bus_slot* slot = nullptr;
-    const int made = sd_bus_add_object_vtable(bus, &slot, objectPathForIdentifier(identifier).c_str(),
-                                              kScriptingInterface, table.data(), &served);
-    served.object.reset(slot);
+    const int made =
+        sd_bus_add_object_vtable(bus, &slot, path.c_str(), kScriptingInterface, table.data(), this);
+    served.object = SdSlotHandle(slot);
     return made;
+}
+
+// By its destination, for identifiers may share a path, or by that alone if it was sent to the connection's
+// own name.
+SessionBus::Served* SessionBus::addressedBy(sd_bus_message* message) {
+    const char* destination = sd_bus_message_get_destination(message);
+    const std::string_view path = sd_bus_message_get_path(message);
+    Served* found = nullptr;
+    for (auto& [identifier, served] : served_) {
+        if (objectPathForIdentifier(identifier) != path) continue;
+        if (destination && identifier == destination) return &served;
+        if (!found) found = &served;
+    }
+    return found;
 }
 
 ScriptingServeStatus SessionBus::serve(const std::string& identifier, CommandHandler handler) {
@@ -102,33 +162,46 @@ ScriptingServeStatus SessionBus::serve(const std::string& identifier, CommandHan
     auto shared = std::make_shared<const CommandHandler>(std::move(handler));
     // Foreign objects may end with a handler, so one that is given up outlives the lock.
     const auto kept = shared;
+    bool made = false;
     {
         const BusConnection::Access access(connection_);
         if (access.failure() < 0) return ScriptingServeStatus::noBus;
-        const auto [place, made] = served_.try_emplace(identifier, *this, nullptr, nullptr);
-        std::swap(place->second.handler, shared);
-        if (!made && place->second.object) return ScriptingServeStatus::serving;
+        const auto [place, isNew] = served_.try_emplace(identifier, *this, identifier);
+        Served& served = place->second;
+        made = isNew;
         // The object first: a call may follow the name at once.
-        if (exportObject(access.bus(), identifier, place->second) < 0) {
-            served_.erase(place);
+        if (!served.object && exportObject(access.bus(), served) < 0) {
+            if (made) served_.erase(place);
             return ScriptingServeStatus::invalidIdentifier;
         }
+        std::swap(served.handler, shared);
+        if (served.ours) return ScriptingServeStatus::serving;
     }
-    std::uint32_t claim = 0;
+    bool ours = false;
     const auto done = connection_.call(
         [&](sd_bus* bus, sd_bus_message** message) {
-            const int made =
+            const int built =
                 sd_bus_message_new_method_call(bus, message, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                                                "org.freedesktop.DBus", "RequestName");
-            return made < 0 ? made
-                            : sd_bus_message_append(*message, "su", identifier.c_str(),
-                                                    static_cast<std::uint32_t>(kClaimFlags));
+            return built < 0 ? built
+                             : sd_bus_message_append(*message, "su", identifier.c_str(),
+                                                     static_cast<std::uint32_t>(kClaimFlags));
         },
-        [&](sd_bus_message* message) { return sd_bus_message_read(message, "u", &claim); });
-    // 1: owner now, 4: owner already (D-Bus specification, RequestName).
-    if (done && (claim == 1 || claim == 4)) return ScriptingServeStatus::serving;
+        [&](sd_bus_message* message) {
+            std::uint32_t answer = 0;
+            const int read = sd_bus_message_read(message, "u", &answer);
+            ours = read >= 0 && givesName(answer);
+            const auto served = served_.find(identifier);
+            if (ours && served != served_.end()) served->second.ours = true;
+            return read;
+        });
+    if (ours) return ScriptingServeStatus::serving;
     const BusConnection::Access access(connection_, BusConnection::Access::Opening::never);
-    served_.erase(identifier);
+    const auto served = served_.find(identifier);
+    if (served != served_.end() && made) served_.erase(served);
+    // What was served before is still waited for, by its own handler.
+    else if (served != served_.end())
+        std::swap(served->second.handler, shared);
     return done ? ScriptingServeStatus::nameTaken : ScriptingServeStatus::noBus;
 }
 
@@ -145,9 +218,10 @@ void SessionBus::stopServing(const std::string& identifier) {
 }
 
 int SessionBus::onCommand(sd_bus_message* message, void* pointer, sd_bus_error*) {
-    auto& served = *static_cast<Served*>(pointer);
-    served.bus.judge(message, [&bus = served.bus, handler = std::weak_ptr(served.handler)](
-                                  sd_bus_message* call, bool admitted) {
+    auto& bus = *static_cast<SessionBus*>(pointer);
+    const Served* served = bus.addressedBy(message);
+    if (!served) return 0;
+    bus.judge(message, [&bus, handler = std::weak_ptr(served->handler)](sd_bus_message* call, bool admitted) {
         if (admitted) return bus.accept(call, handler.lock());
         sd_bus_reply_method_errorf(call, SD_BUS_ERROR_ACCESS_DENIED,
                                    "only processes of the same user may call");
@@ -174,7 +248,7 @@ void SessionBus::accept(sd_bus_message* message, std::shared_ptr<const CommandHa
                 if (!sealed) return refuse(*call, sealed.error());
                 carried.text = *std::move(sealed);
             }
-            if (!handler) return;
+            if (!handler || !*handler) return;
             (*handler)(std::move(carried.text),
                        [this, call = std::move(call)](const Answer& answer) { reply(*call, answer); });
         },
@@ -302,7 +376,8 @@ int SessionBus::onNotification(sd_bus_message* message, void* pointer, sd_bus_er
     if (found == bus.listeners_.end() || !readNotification(message, notification)) return 0;
     bus.connection_.defer([weak = std::weak_ptr(*found), notification = std::move(notification)] {
         const auto listener = weak.lock();
-        if (listener && !listener->ended.load(std::memory_order_relaxed)) listener->handler(notification);
+        if (listener && listener->handler && !listener->ended.load(std::memory_order_relaxed))
+            listener->handler(notification);
     });
     return 0;
 }

@@ -24,9 +24,12 @@
 #include "Platform/Dispatch/RunLoop.h"
 #include "Platform/Scripting/BusDirectory.h"
 #include "Platform/Scripting/Linux/BusConnection.h"
+#include "Platform/Scripting/NSDistributedNotificationCenter.h"
 #include "Platform/Scripting/NSScriptSuiteRegistry.h"
 #include "Platform/Scripting/ScriptingBus.h"
+#include "TestKit/FakeScriptingBus.h"
 #include "TestKit/ManualClock.h"
+#include "TestKit/PlatformReports.h"
 #include "TestKit/PrivateBus.h"
 
 namespace zqcore::platform {
@@ -416,6 +419,68 @@ TEST_F(SBApplicationTest, ServerComesBackToANewBus) {
     // The server looks for the bus at growing intervals of real time; its claim is the event to wait for.
     while (!nameHasOwner(kTarget)) std::this_thread::yield();
     EXPECT_EQ(application()->request("pid?"), std::to_string(server->pid()));
+}
+
+TEST_F(SBApplicationTest, ANameThatAnotherTookOnTheNewBusIsClaimedAgainWhenItIsFree) {
+    const testkit::ManualClock clock;  // No look for a bus before the other process has its name.
+    testkit::PlatformReports reports;
+    constexpr const char* kHere = "com.example.here";
+    auto& scripting = ScriptingBus::current();
+    const auto answering = [](const char* answer) {
+        return [answer](std::string, ScriptingBus::Reply reply) { reply(answer); };
+    };
+    ASSERT_EQ(scripting.serve(kHere, answering("mine")), ScriptingServeStatus::serving);
+    bus.stop();
+    bus.start();
+    auto other = startServer(kHere);
+    EXPECT_EQ(scripting.request(kHere, "theirs"), "theirs") << "the next use connects, and claims";
+    EXPECT_EQ(scripting.serve(kHere, answering("another")), ScriptingServeStatus::nameTaken);
+    other->kill();
+    auto answer = scripting.request(kHere, "theirs");
+    while (!answer || answer == "theirs") answer = scripting.request(kHere, "theirs");
+    EXPECT_EQ(answer, "mine") << "the call that failed has changed nothing";
+    EXPECT_EQ(scripting.serve(kHere, answering("another")), ScriptingServeStatus::serving);
+    EXPECT_EQ(scripting.request(kHere, "theirs"), "another");
+    scripting.stopServing(kHere);
+    EXPECT_EQ(reports.take(), std::vector<std::string>{"scripting: com.example.here has gone to another "
+                                                       "process, which is waited for"});
+}
+
+TEST_F(SBApplicationTest, IdentifiersOfOnePathHaveTheirOwnHandlers) {
+    auto& scripting = ScriptingBus::current();
+    const std::vector<std::string> identifiers{"com.example.a-b", "com.example.a_b"};
+    for (const auto& identifier : identifiers) {
+        ASSERT_EQ(scripting.serve(identifier, [identifier](std::string,
+                                                           ScriptingBus::Reply reply) { reply(identifier); }),
+                  ScriptingServeStatus::serving);
+    }
+    bus.stop();
+    bus.start();
+    for (const auto& identifier : identifiers) EXPECT_EQ(scripting.request(identifier, "who?"), identifier);
+    scripting.stopServing(identifiers[0]);
+    EXPECT_FALSE(scripting.request(identifiers[0], "who?"));
+    EXPECT_EQ(scripting.request(identifiers[1], "who?"), identifiers[1]) << "the object is still there";
+    scripting.stopServing(identifiers[1]);
+}
+
+TEST(EmptyHandlersTest, AreNone) {
+    testkit::FakeScriptingBus fake;
+    NSScriptSuiteRegistry::whenBusIsGone(nullptr);
+    EXPECT_FALSE(fake.gone);
+    EXPECT_FALSE(NSDistributedNotificationCenter::defaultCenter().addObserver(
+        "com.example.note", DispatchQueue::main(), nullptr));
+}
+
+TEST_F(SBApplicationTest, EmptyHandlersAnswerNothingAndHearNothing) {
+    constexpr const char* kHere = "com.example.here";
+    auto& scripting = ScriptingBus::current();
+    const auto listener = scripting.listen("com.example.note", nullptr);
+    EXPECT_TRUE(scripting.broadcast({"com.example.note", nullptr, std::nullopt}));
+    ASSERT_EQ(scripting.serve(kHere, nullptr), ScriptingServeStatus::serving);
+    const auto answer = scripting.request(kHere, "hello");
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(*answer, std::nullopt);
+    scripting.stopServing(kHere);
 }
 
 TEST_F(SBApplicationTest, WithoutABusEverythingIsToldAtOnce) {
