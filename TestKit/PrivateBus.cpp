@@ -1,34 +1,16 @@
 #include "TestKit/PrivateBus.h"
 
 #include <signal.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <charconv>
 #include <fstream>
-#include <iterator>
-#include <string_view>
 #include <system_error>
 
 namespace zqcore::testkit {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr const char* kAddressVariable = "DBUS_SESSION_BUS_ADDRESS";
-
-[[nodiscard]] std::optional<std::string> variable(const char* name) {
-    const char* value = ::getenv(name);
-    return value ? std::optional<std::string>(value) : std::nullopt;
-}
-
-void restore(const std::string& name, const std::optional<std::string>& value) {
-    if (value) {
-        ::setenv(name.c_str(), value->c_str(), 1);
-    } else {
-        ::unsetenv(name.c_str());
-    }
-}
 
 /// A session's usual rules: whoever reaches it may own, send and receive; limits as large as the
 /// protocol's. The folder keeps other users out, unless a test opens it.
@@ -48,34 +30,19 @@ void restore(const std::string& name, const std::optional<std::string>& value) {
 }  // namespace
 
 PrivateBus::PrivateBus() {
-    std::string pattern = (fs::temp_directory_path() / "zqcore-bus-XXXXXX").string();
-    if (!::mkdtemp(pattern.data())) return;
-    directory_ = pattern;
     fs::create_directories(directory_ / "data/dbus-1/services");
     fs::create_directories(directory_ / "home/applications");
     std::ofstream(directory_ / "bus.conf") << configuration(directory_);
-    address_ = "unix:path=" + (directory_ / "bus").string();
-    setVariable(kAddressVariable, address_);
-    setVariable("XDG_DATA_DIRS", (directory_ / "data").string());
-    setVariable("XDG_DATA_HOME", (directory_ / "home").string());
+    variables_.emplace_back("DBUS_SESSION_BUS_ADDRESS", address_);
+    variables_.emplace_back("XDG_DATA_DIRS", folder_ / "data");
+    variables_.emplace_back("XDG_DATA_HOME", folder_ / "home");
     start();
 }
 
-PrivateBus::~PrivateBus() {
-    stop();
-    for (auto variable = variables_.rbegin(); variable != variables_.rend(); ++variable)
-        restore(variable->name, variable->before);
-    std::error_code ignored;
-    if (!directory_.empty()) fs::remove_all(directory_, ignored);
-}
-
-void PrivateBus::setVariable(const std::string& name, const std::string& value) {
-    variables_.push_back({name, variable(name.c_str())});
-    ::setenv(name.c_str(), value.c_str(), 1);
-}
+PrivateBus::~PrivateBus() { stop(); }
 
 void PrivateBus::start() {
-    if (daemon_ || directory_.empty()) return;
+    if (daemon_) return;
     std::error_code ignored;
     fs::remove(directory_ / "bus", ignored);
     // As root the daemon complains of a limit on its standard error; the folder keeps what it says.
@@ -118,18 +85,11 @@ void PrivateBus::endStartedProcesses() const {
         pid_t pid = 0;
         const auto read = std::from_chars(name.data(), name.data() + name.size(), pid);
         if (read.ec != std::errc() || read.ptr != name.data() + name.size()) continue;
-        std::ifstream file(entry.path() / "environ", std::ios::binary);
-        const std::string environment{std::istreambuf_iterator<char>(file), {}};
+        const std::string environment = contentOf(entry.path() / "environ");
         const bool started = std::ranges::any_of(
             marks, [&](const std::string& mark) { return environment.find(mark) != std::string::npos; });
         if (started) ::kill(pid, SIGKILL);
     }
 }
-
-NoBus::NoBus() : before_(variable(kAddressVariable)) {
-    ::setenv(kAddressVariable, "unix:path=/nonexistent/bus", 1);
-}
-
-NoBus::~NoBus() { restore(kAddressVariable, before_); }
 
 }  // namespace zqcore::testkit

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <filesystem>
+#include <list>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "TestKit/ChildProcess.h"
+#include "TestKit/EnvironmentVariable.h"
+#include "TestKit/ScratchFolder.h"
 
 namespace zqcore::testkit {
 
@@ -38,29 +40,20 @@ class PrivateBus final {
     void start();
 
   private:
-    struct Variable {
-        std::string name;
-        std::optional<std::string> before;
-    };
-    void setVariable(const std::string& name, const std::string& value);
     void endStartedProcesses() const;
 
-    std::filesystem::path directory_;
-    std::string address_;
-    std::vector<Variable> variables_;
+    ScratchFolder folder_;
+    std::filesystem::path directory_ = folder_.path();
+    std::string address_ = "unix:path=" + folder_ / "bus";
+    std::list<EnvironmentVariable> variables_;
     std::unique_ptr<ChildProcess> daemon_;
 };
 
 /// Takes the session bus out of the environment while it lives.
 class NoBus final {
   public:
-    NoBus();
-    ~NoBus();
-    NoBus(const NoBus&) = delete;
-    NoBus& operator=(const NoBus&) = delete;
-
   private:
-    std::optional<std::string> before_;
+    EnvironmentVariable address_{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus"};
 };
 
 }  // namespace zqcore::testkit

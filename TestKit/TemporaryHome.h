@@ -1,7 +1,10 @@
 #pragma once
 
+#include <list>
 #include <string>
-#include <vector>
+
+#include "TestKit/EnvironmentVariable.h"
+#include "TestKit/ScratchFolder.h"
 
 namespace zqcore::testkit {
 
@@ -12,7 +15,6 @@ namespace zqcore::testkit {
 class TemporaryHome final {
   public:
     TemporaryHome();
-    ~TemporaryHome();
     TemporaryHome(const TemporaryHome&) = delete;
     TemporaryHome& operator=(const TemporaryHome&) = delete;
 
@@ -20,33 +22,9 @@ class TemporaryHome final {
     [[nodiscard]] const std::string& path() const noexcept { return home_; }
 
   private:
-    void set(const char* name, const std::string* value);
-
-    struct Former {
-        std::string name;
-        std::string value;
-        bool wasSet;
-    };
-    std::string root_;
-    std::string home_;
-    std::vector<Former> former_;
-};
-
-/// A folder under the temporary directory that is removed at its end with all in it.
-class TemporaryFolder final {
-  public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    [[nodiscard]] const std::string& path() const noexcept { return path_; }
-    [[nodiscard]] std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-    /// Writes a file below the folder, the folders on the way included, and gives its path.
-    std::string write(const std::string& name, const std::string& content) const;
-
-  private:
-    std::string path_;
+    ScratchFolder root_;
+    std::string home_ = root_ / "home";
+    std::list<EnvironmentVariable> variables_;
 };
 
 }  // namespace zqcore::testkit

@@ -6,9 +6,12 @@
 
 namespace {
 
-bool onlyLists(int argc, char** argv) {
+// Lists tests, or is the child of a death test, which has its parent's home and ends without removing one.
+bool needsNoHome(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
-        if (std::string_view(argv[i]).starts_with("--gtest_list_tests")) return true;
+        const std::string_view word = argv[i];
+        if (word.starts_with("--gtest_list_tests") || word.starts_with("--gtest_internal_run_death_test"))
+            return true;
     }
     return false;
 }
@@ -18,7 +21,7 @@ bool onlyLists(int argc, char** argv) {
 // A main of the kit's own, so that what must be in place before the first static (a home, an environment) can
 // be set here.
 int main(int argc, char** argv) {
-    if (!onlyLists(argc, argv)) {
+    if (!needsNoHome(argc, argv)) {
         // The first static of all is the last to end: what is written at exit still goes into this home.
         static const zqcore::testkit::TemporaryHome home;
     }

@@ -60,7 +60,7 @@ TEST(GalleryTest, WritesEachPageLightAndDarkAtBothScales) {
 
     std::map<std::string, platform::DecodedImage> pictures;
     for (const auto& path : written.lines)
-        pictures[std::filesystem::path(path).stem()] = platform::decodeImage(readFile(path));
+        pictures[std::filesystem::path(path).stem()] = platform::decodeImage(contentOf(path));
     for (const auto& line : list.lines) {
         const std::string page = line.substr(0, line.find(' '));
         for (const int scale : {1, 2}) {

@@ -13,6 +13,8 @@
 #include "Classes/Core/Utility/Codable/JSONTool.h"
 #include "TestKit/ChildProcess.h"
 #include "TestKit/PrivateBus.h"
+#include "TestKit/Sanitized.h"
+#include "TestKit/TemporaryHome.h"
 
 namespace zqcore {
 namespace {
@@ -77,15 +79,15 @@ class ZqTest : public testing::Test {
                  std::filesystem::recursive_directory_iterator(std::getenv("XDG_DATA_HOME"))) {
                 const std::string path = entry.path();
                 if (!path.ends_with(".log") || path.find("OrbelHelper") == std::string::npos) continue;
-                std::ifstream file(path);
-                const std::string all{std::istreambuf_iterator<char>(file), {}};
-                if (all.find(text) != std::string::npos) return true;
+                if (testkit::contentOf(path).find(text) != std::string::npos) return true;
             }
             std::this_thread::yield();
         }
         return false;
     }
 
+    // What the applications keep, a log level say, is no other test's.
+    testkit::TemporaryHome home_;
     PrivateBus bus_;
 };
 
@@ -250,9 +252,7 @@ TEST_F(ZqTest, TheHelperRemembersItsPage) {
 }
 
 TEST_F(ZqTest, AServerThatCrashesIsStartedAgainAndItsReportIsFound) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "a sanitizer takes the fatal signals for itself";
-#endif
+    if (testkit::kSanitized) GTEST_SKIP() << "a sanitizer takes the fatal signals for itself";
     EXPECT_EQ(zq({"send", "debug/crash", "--to", kHelper, "--body", "{}"}).at({"response", "error", "code"}),
               Value("unsupportedPath"))
         << "a server that wasn't started for it never heard of that";

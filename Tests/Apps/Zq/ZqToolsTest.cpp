@@ -15,18 +15,14 @@
 #include "Classes/Core/Utility/Codable/JSONTool.h"
 #include "Platform/Foundation/NSUserDefaults.h"
 #include "TestKit/ChildProcess.h"
+#include "TestKit/Sanitized.h"
 #include "TestKit/TemporaryHome.h"
 
 namespace zqcore {
 namespace {
 
 using testkit::ChildProcess;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
+using testkit::kSanitized;
 
 constexpr const char* kHelper = "com.tessaradev.OrbelHelper";
 

@@ -8,7 +8,7 @@
 #include "Platform/Foundation/NSImage.h"
 #include "TestKit/FakeBundle.h"
 #include "TestKit/LogCapture.h"
-#include "TestKit/TemporaryHome.h"
+#include "TestKit/ScratchFolder.h"
 
 namespace zqcore {
 namespace {
@@ -37,7 +37,7 @@ TEST(ZQCoreBundleTest, FindsEveryImageInSilence) {
 }
 
 TEST(ZQCoreBundleTest, AnImageOfTheApplicationIsToldButNotGiven) {
-    const testkit::TemporaryFolder folder;
+    const testkit::ScratchFolder folder;
     folder.write("stray.png", "x");
     const testkit::FakeBundle bundle(Value::Dictionary{}, folder.path());
     const LogCapture log;

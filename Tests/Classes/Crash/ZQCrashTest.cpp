@@ -14,6 +14,7 @@
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "TestKit/ChildProcess.h"
 #include "TestKit/LogCapture.h"
+#include "TestKit/Sanitized.h"
 #include "TestKit/ScratchFolder.h"
 #include "TestKit/TimeZoneGuard.h"
 
@@ -21,16 +22,11 @@ namespace zqcore {
 namespace {
 
 using testkit::ChildProcess;
+using testkit::contentOf;
+using testkit::kSanitized;
 using testkit::LogCapture;
-using testkit::readFile;
 using testkit::ScratchFolder;
 using Lines = std::vector<std::string>;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
 
 // A home of its own, which the children share.
 class ZQCrashTest : public testing::Test {
@@ -76,8 +72,8 @@ TEST_F(ZQCrashTest, ExportsEachStoredReportUnderItsOwnTimeAndOnlyOnce) {
                                       "crash-report-2021-03-04-13-06-08.000+0800.crash"}));
     const std::vector<ZQCrash::ExportedReport> reports = ZQCrash::exportedReports();
     EXPECT_EQ(reports[0].date, Date(std::chrono::milliseconds(1614834367123)));
-    EXPECT_TRUE(readFile(reports[0].path).starts_with("Incident Identifier: FIRST\n"));
-    EXPECT_TRUE(readFile(reports[1].path).starts_with("Incident Identifier: SECOND\n"));
+    EXPECT_TRUE(contentOf(reports[0].path).starts_with("Incident Identifier: FIRST\n"));
+    EXPECT_TRUE(contentOf(reports[1].path).starts_with("Incident Identifier: SECOND\n"));
     EXPECT_TRUE(storeIsEmpty());
     EXPECT_EQ(std::filesystem::status(reports[0].path).permissions(),
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write)
@@ -184,7 +180,7 @@ TEST_F(ZQCrashTest, WriteSinkWritesTheTextsAndReplacesWhatIsThere) {
     });
     EXPECT_EQ(answers, 1);
     EXPECT_EQ(log.messages(LogCapture::error), Lines{"report 不是 string"});
-    EXPECT_EQ(readFile(path), "文\n");
+    EXPECT_EQ(contentOf(path), "文\n");
 }
 
 // The whole road: a process dies, and the next one of its kind writes the report.
@@ -204,7 +200,7 @@ TEST_F(ZQCrashTest, ExportsAtTheNextStartWhatARealCrashLeft) {
     const Lines second = run("none");
     ASSERT_EQ(second.size(), 2U);
     ASSERT_TRUE(second[0].starts_with("exported ")) << second[0];
-    const std::string text = readFile(second[0].substr(9));
+    const std::string text = contentOf(second[0].substr(9));
     for (const char* part :
          {"Process:             CrashChild [", "Exception Type:  EXC_CRASH (SIGABRT)\n",
           "*** Terminating app due to uncaught exception 'childfaults::OddError', reason: 'no such thing: ",
@@ -245,7 +241,7 @@ TEST_F(ZQCrashTest, LosesNoLineThatWasLoggedBeforeACrash) {
         for (const auto& entry : std::filesystem::recursive_directory_iterator(home.path())) {
             if (entry.path().extension() != ".log") continue;
             const bool ofReport = entry.path().parent_path().filename() == "Reports";
-            (ofReport ? inReport : inFile) += readFile(entry.path().string());
+            (ofReport ? inReport : inFile) += contentOf(entry.path().string());
         }
         EXPECT_NE((inFile + inReport).find("启用 ZQCrash 完成"), std::string::npos);
         std::size_t last = 0;
@@ -265,7 +261,7 @@ TEST_F(ZQCrashTest, LosesNoLineThatWasLoggedBeforeACrash) {
         const Lines next = run({ZQ_TEST_PROGRAMS "/CrashChild", "none"});
         ASSERT_TRUE(!next.empty() && next[0].starts_with("exported "))
             << "its report comes with the next start";
-        const std::string text = readFile(next[0].substr(9));
+        const std::string text = contentOf(next[0].substr(9));
         EXPECT_NE(text.find("Log lines that had not reached the file:\n["), std::string::npos);
         EXPECT_TRUE(text.ends_with("] said " + std::to_string(kSaid - 1) + "\n"));
     }

@@ -12,6 +12,7 @@
 #include "Platform/CrashCapture/KSCrashReportStore.h"
 #include "Platform/CrashCapture/ReportFields.h"
 #include "TestKit/ChildProcess.h"
+#include "TestKit/Sanitized.h"
 #include "TestKit/ScratchFolder.h"
 
 namespace zqcore::platform {
@@ -19,15 +20,8 @@ namespace {
 
 using crash::ReportFields;
 using testkit::ChildProcess;
+using testkit::kSanitized;
 using testkit::ScratchFolder;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kSanitized = true;
-#elif defined(__has_feature)
-constexpr bool kSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool kSanitized = false;
-#endif
 
 class CrashCapture : public testing::Test {
   protected:

@@ -8,7 +8,7 @@
 
 #include "Platform/Foundation/NSImage.h"
 #include "TestKit/PlatformReports.h"
-#include "TestKit/TemporaryHome.h"
+#include "TestKit/ScratchFolder.h"
 
 namespace zqcore {
 namespace {
@@ -21,7 +21,7 @@ std::string plist(const std::string& identifier) {
 }
 
 TEST(NSBundleTest, ReadsItsDictionaryAgainWhenTheFileChanged) {
-    const testkit::TemporaryFolder folder;
+    const testkit::ScratchFolder folder;
     const auto bundle = NSBundle::bundleWithURL(folder.path() + "/");
     ASSERT_TRUE(bundle);
     EXPECT_TRUE(bundle->infoDictionary()->empty());
@@ -41,7 +41,7 @@ TEST(NSBundleTest, ReadsItsDictionaryAgainWhenTheFileChanged) {
 }
 
 TEST(NSBundleTest, KnowsBothShapes) {
-    const testkit::TemporaryFolder folder;
+    const testkit::ScratchFolder folder;
     folder.write("App/Contents/Info.plist", plist("full"));
     folder.write("App/Contents/Resources/sub/a.txt", "");
     folder.write("App/Contents/Resources/pic@2x.png", "");
@@ -66,7 +66,7 @@ TEST(NSBundleTest, KnowsBothShapes) {
 }
 
 TEST(NSBundleTest, AProgramCarriesItsDictionaryUnlessAFileLiesBesideIt) {
-    const testkit::TemporaryFolder folder;
+    const testkit::ScratchFolder folder;
     const std::string program = folder / "Identity";
     std::filesystem::copy_file(std::string(ZQ_TEST_PROGRAMS) + "/Identity", program);
     const auto output = [&] {

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "TestKit/TemporaryHome.h"
+#include "TestKit/ScratchFolder.h"
 
 namespace zqcore {
 namespace {
@@ -25,7 +25,7 @@ class NSFileManagerTest : public testing::Test {
         auto data = files().contentsAtPath(path);
         return data ? std::string(data->view()) : "missing";
     }
-    testkit::TemporaryFolder folder;
+    testkit::ScratchFolder folder;
 };
 
 TEST_F(NSFileManagerTest, SeesThroughLinks) {

@@ -12,6 +12,7 @@
 #include "TestKit/FakeBundle.h"
 #include "TestKit/ManualClock.h"
 #include "TestKit/PlatformReports.h"
+#include "TestKit/ScratchFolder.h"
 #include "TestKit/TemporaryHome.h"
 
 namespace zqcore {
@@ -40,7 +41,7 @@ class NSUserDefaultsTest : public testing::Test {
     }
 
     testkit::PlatformReports reports;
-    testkit::TemporaryFolder folder;
+    testkit::ScratchFolder folder;
     const std::string path = folder / "app.plist";
 };
 

@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "Platform/Lumberjack/DDLog.h"
+#include "TestKit/ScratchFolder.h"
 
 namespace zqcore::testing_support {
 
@@ -20,10 +19,7 @@ inline std::vector<std::string> namesIn(const std::string& directory) {
     return names;
 }
 
-inline std::string contentOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
+using testkit::contentOf;
 
 /// Logs one line of bare text.
 inline void say(DDLog& ddlog, std::string_view text, bool asynchronous = false,

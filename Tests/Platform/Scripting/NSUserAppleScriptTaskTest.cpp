@@ -181,7 +181,7 @@ TEST(NSUserAppleScriptTaskTest, ATaskRunsOnce) {
                                 [&](auto, auto error) { second.set_value(std::move(error)); });
     EXPECT_TRUE(second.get_future().get());
     first.get_future().get();
-    EXPECT_EQ(testkit::readFile(log), "run\n");
+    EXPECT_EQ(testkit::contentOf(log), "run\n");
 }
 
 TEST(NSUserAppleScriptTaskTest, AScriptThatReadsNothingDoesNoHarm) {

@@ -64,7 +64,7 @@ TEST_F(AppleScriptInstallerTest, MakesTheMissingFolderAndInstallsThere) {
     std::filesystem::create_directory(parent_);
     panel_.confirmFolderShown();
     EXPECT_EQ(install(), Statuses{Status::success});
-    EXPECT_EQ(testkit::readFile(target_), "#!/bin/sh\necho new\n");
+    EXPECT_EQ(testkit::contentOf(target_), "#!/bin/sh\necho new\n");
     EXPECT_EQ(::access(target_.c_str(), X_OK), 0) << "it has to stay executable";
     EXPECT_EQ(log_.messages(), (Lines{"脚本文件夹不存在，需要手动创建", "授权文件夹：" + slashed(parent_),
                                       "创建脚本文件夹成功: " + directory_, "安装脚本完成: " + target_,
@@ -97,7 +97,7 @@ TEST_F(AppleScriptInstallerTest, ReplacesWhatIsThere) {
     panel_.confirmFolderShown();
     EXPECT_TRUE(installer_->isInstalled()) << "existence is all that counts";
     EXPECT_EQ(install(), Statuses{Status::success});
-    EXPECT_EQ(testkit::readFile(target_), "#!/bin/sh\necho new\n");
+    EXPECT_EQ(testkit::contentOf(target_), "#!/bin/sh\necho new\n");
 }
 
 TEST_F(AppleScriptInstallerTest, ACancelFailsOnlyIfNothingIsInstalled) {
@@ -108,7 +108,7 @@ TEST_F(AppleScriptInstallerTest, ACancelFailsOnlyIfNothingIsInstalled) {
     folder_.write("Application Scripts/com.example.app/My Script.scpt", "old");
     EXPECT_EQ(install(), Statuses{Status::success});
     EXPECT_EQ(log_.messages().back(), "脚本安装回调：status=userCancel; isInstalled=true");
-    EXPECT_EQ(testkit::readFile(target_), "old");
+    EXPECT_EQ(testkit::contentOf(target_), "old");
 }
 
 TEST_F(AppleScriptInstallerTest, AnotherFolderIsRefused) {

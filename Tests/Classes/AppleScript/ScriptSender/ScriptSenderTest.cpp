@@ -4,8 +4,6 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -15,6 +13,7 @@
 #include "Platform/Foundation/NSSearchPath.h"
 #include "Platform/Scripting/NSWorkspace.h"
 #include "TestKit/ChildProcess.h"
+#include "TestKit/EnvironmentVariable.h"
 #include "TestKit/FakeBundle.h"
 #include "TestKit/LogCapture.h"
 #include "TestKit/PrivateBus.h"
@@ -25,6 +24,7 @@ namespace zqcore {
 namespace {
 
 using Status = ScriptSender::Status;
+using testkit::EnvironmentVariable;
 using testkit::LogCapture;
 using testkit::ScratchFolder;
 
@@ -167,8 +167,8 @@ TEST_F(ScriptSenderTest, TheScriptGetsTheRequestAndTheCallerTheResponse) {
     EXPECT_EQ(send(request), Status::success);
     ASSERT_TRUE(request->responseValue);
     EXPECT_EQ(request->responseValue->requestId, "R1");
-    EXPECT_EQ(testkit::readFile(scripts_ / "call"), std::string("3 send ") + kTarget);
-    const auto json = testkit::readFile(scripts_ / "json");
+    EXPECT_EQ(testkit::contentOf(scripts_ / "call"), std::string("3 send ") + kTarget);
+    const auto json = testkit::contentOf(scripts_ / "json");
     EXPECT_EQ(json, request->requestValue->encodeToJSONString()) << "as it was prepared";
     EXPECT_TRUE(request->requestValue->requestId);
     EXPECT_EQ(log_.messages(),
@@ -203,7 +203,6 @@ class ScriptRoadTest : public ScriptSenderTest {
   protected:
     ScriptRoadTest() {
         NSWorkspace::shared().setBusNameLookupForTesting(nullptr);
-        ::setenv("ZQ_RELAY", ZQ_TEST_PROGRAMS "/RequestRelay", 1);
         testkit::ScriptedOpenPanel panel;
         panel.confirmFolderShown();
         auto installed = AppleScriptInstaller::Status::copyFail;
@@ -212,8 +211,6 @@ class ScriptRoadTest : public ScriptSenderTest {
         }
         EXPECT_EQ(installed, AppleScriptInstaller::Status::success);
     }
-    ~ScriptRoadTest() override { ::unsetenv("ZQ_RELAY"); }
-
     void expectEcho(const std::shared_ptr<CommonInfoRequest>& request) {
         // The server gives the text back, so the response is the request.
         EXPECT_EQ(send(request), Status::success) << log_;
@@ -224,16 +221,15 @@ class ScriptRoadTest : public ScriptSenderTest {
     /// What the script itself prints.
     std::string answerOfScript(const std::string& text) const {
         const std::string output = bus_.directory() / "answer";
-        ::setenv("ZQ_TEST_TEXT", text.c_str(), 1);
+        const EnvironmentVariable given("ZQ_TEST_TEXT", text);
         const std::string command =
             std::string("exec " ZQ_TEST_SOURCE_DIR "/Assets/SendRequestChannel.scpt send ") + kTarget +
             " \"$ZQ_TEST_TEXT\" >" + output;
         EXPECT_EQ(std::system(command.c_str()), 0);
-        ::unsetenv("ZQ_TEST_TEXT");
-        std::ifstream file(output, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+        return testkit::contentOf(output);
     }
 
+    const EnvironmentVariable relay_{"ZQ_RELAY", ZQ_TEST_PROGRAMS "/RequestRelay"};
     testkit::PrivateBus bus_;
 };
 
@@ -261,9 +257,8 @@ TEST_F(ScriptRoadTest, ATargetThatCanNotBeStartedIsAFailure) {
 
 TEST_F(ScriptRoadTest, BusctlServesWhereTheToolIsMissing) {
     if (::access("/usr/bin/busctl", X_OK) != 0) GTEST_SKIP() << "no busctl";
-    ::setenv("ZQ_RELAY", "/no/such/tool", 1);
-    const std::string path = std::getenv("PATH");
-    ::setenv("PATH", "/usr/bin:/bin", 1);
+    relay_.set("/no/such/tool");
+    const EnvironmentVariable path("PATH", "/usr/bin:/bin");
     testkit::ChildProcess server({kServer, kTarget});
     ASSERT_EQ(server.readLine(), "serving");
     const auto request = CommonInfoRequest::make();
@@ -283,7 +278,6 @@ TEST_F(ScriptRoadTest, BusctlServesWhereTheToolIsMissing) {
     server.kill();
     bus_.addService(kTarget, "/bin/false");
     EXPECT_EQ(send(), Status::fail);
-    ::setenv("PATH", path.c_str(), 1);
 }
 
 }  // namespace

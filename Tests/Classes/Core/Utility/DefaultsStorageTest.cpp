@@ -4,7 +4,7 @@
 
 #include <charconv>
 
-#include "TestKit/TemporaryHome.h"
+#include "TestKit/ScratchFolder.h"
 
 namespace zqcore {
 namespace {
@@ -24,7 +24,7 @@ class DefaultsStorageTest : public testing::Test {
   protected:
     std::optional<Value> stored() const { return defaults->objectForKey("k"); }
 
-    testkit::TemporaryFolder folder;
+    testkit::ScratchFolder folder;
     const std::shared_ptr<NSUserDefaults> defaults = NSUserDefaults::atPath(folder / "app.plist");
 };
 

@@ -8,7 +8,7 @@
 
 #include "Platform/Foundation/MachineFacts.h"
 #include "TestKit/FakeBundle.h"
-#include "TestKit/TemporaryHome.h"
+#include "TestKit/ScratchFolder.h"
 
 namespace zqcore {
 namespace {
@@ -83,7 +83,7 @@ class ZQInfoMachineTest : public testing::Test {
     void SetUp() override { useMachine("x86_64"); }
     void TearDown() override { MachineFacts::installForTesting(nullptr); }
 
-    testkit::TemporaryFolder root;
+    testkit::ScratchFolder root;
     std::unique_ptr<MachineFacts> facts;
 };
 

@@ -7,6 +7,7 @@
 
 #include "Platform/Foundation/NSBundle.h"
 #include "TestKit/FakeBundle.h"
+#include "TestKit/ScratchFolder.h"
 #include "TestKit/TemporaryHome.h"
 
 namespace zqcore {
@@ -117,7 +118,7 @@ TEST(ZQPathFetcherTest, AFileInTheWayCostsOneLineAndThePathStands) {
     const testkit::TemporaryHome home;
     const testkit::FakeBundle bundle(
         Value::Dictionary{{"ZQCore_sandboxed", true}, {"CFBundleIdentifier", "x"}});
-    const testkit::TemporaryFolder folder;
+    const testkit::ScratchFolder folder;
     folder.write("Documents/ZQCore", "a file");
     const testkit::FakeSearchPaths paths("/Users/ann",
                                          {{NSSearchPathDirectory::documents, folder / "Documents"},

@@ -47,6 +47,8 @@ class ZQTriggerTest : public testing::Test {
         bundle_ = new testkit::FakeBundle(testkit::FakeBundle::named("com.example.trigger"));
     }
     static void TearDownTestSuite() {
+        // What waits to be written would make the home again when the process ends.
+        defaults().synchronize();
         delete bundle_;
         delete home_;
     }
