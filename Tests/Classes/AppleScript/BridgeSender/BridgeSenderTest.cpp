@@ -4,6 +4,7 @@
 
 #include <limits>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -68,6 +69,27 @@ std::string description(const std::string& status, const std::string& request, c
                         const std::string& path = "number") {
     return "请求回调 [com.example.target] " + path + "\n[status]: " + status + "\n[request]:\n" + request +
            "\n[response]:\n" + response;
+}
+
+TEST(BridgeSenderStatusTest, EveryCaseHasItsNumberAndItsName) {
+    const struct {
+        Status status;
+        int number;
+        std::string_view name;
+    } cases[] = {
+        {Status::success, 0, "success"},
+        {Status::fail, 1, "fail"},
+        {Status::notInstalled, 2, "notInstalled"},
+        {Status::encodeRequestFail, 3, "encodeRequestFail"},
+        {Status::notSupportRequest, 4, "notSupportRequest"},
+        {Status::appleScriptPermission, 5, "appleScriptPermission"},
+        {Status::decodeResponseFail, 6, "decodeResponseFail"},
+        {Status::notReachMinimumVersion, 7, "notReachMinimumVersion"},
+    };
+    for (const auto& [status, number, name] : cases) {
+        EXPECT_EQ(static_cast<int>(status), number) << name;
+        EXPECT_EQ(caseName(status), name) << number;
+    }
 }
 
 class BridgeSenderTest : public testing::Test {
@@ -151,6 +173,23 @@ TEST_F(BridgeSenderTest, StopsBeforeTheEventWhereItCan) {
                                         description("encodeRequestFail", "(nil)", "(nil)"),
                                         description("encodeRequestFail", "(nil)", "(nil)"),
                                         description("notInstalled", "(nil)", "(nil)")}));
+}
+
+TEST_F(BridgeSenderTest, ARequestThatCanNotBeWrittenStartsNobody) {
+    bus.running = false;
+    request->requestValue->body = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(send(request), Status::encodeRequestFail);
+    EXPECT_EQ(bus.calls(), std::vector<std::string>());
+}
+
+TEST_F(BridgeSenderTest, WaitsOnAQueueOfWorkThatTheUserAskedFor) {
+    std::string queue;
+    bus.answer = [&](std::string_view) {
+        queue = DispatchQueue::currentLabel();
+        return ScriptingBus::Answer("{}");
+    };
+    EXPECT_EQ(send(request), Status::success);
+    EXPECT_EQ(queue, "com.apple.root.user-initiated-qos");
 }
 
 TEST_F(BridgeSenderTest, CommandWithoutResultIsNotSupported) {

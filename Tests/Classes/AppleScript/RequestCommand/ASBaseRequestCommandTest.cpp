@@ -354,6 +354,7 @@ TEST_F(ASBaseRequestCommandTest, CommandsAreServedOneAtATimeInTheirOrder) {
     for (const auto& command : commands) command->execute([](std::optional<std::string>) {});
     clock.waitUntilQuiet();
     EXPECT_EQ(order, expected);
+    EXPECT_EQ(ASBaseRequestCommand::queue()->qos(), DispatchQoS::userInitiated);
 }
 
 }  // namespace

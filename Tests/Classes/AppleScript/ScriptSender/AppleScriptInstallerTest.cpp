@@ -6,6 +6,7 @@
 
 #include <array>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Platform/Dispatch/DispatchQueue.h"
@@ -24,6 +25,26 @@ using Status = AppleScriptInstaller::Status;
 using testkit::LogCapture;
 using testkit::ScratchFolder;
 using testkit::ScriptedOpenPanel;
+
+TEST(AppleScriptInstallerStatusTest, EveryCaseHasItsNumberAndItsName) {
+    const struct {
+        Status status;
+        int number;
+        std::string_view name;
+    } cases[] = {
+        {Status::userCancel, 0, "userCancel"},
+        {Status::userChangeDirectory, 1, "userChangeDirectory"},
+        {Status::sourceFileNotExist, 2, "sourceFileNotExist"},
+        {Status::installPathNotFound, 3, "installPathNotFound"},
+        {Status::createScriptDirectoryFail, 4, "createScriptDirectoryFail"},
+        {Status::copyFail, 5, "copyFail"},
+        {Status::success, 6, "success"},
+    };
+    for (const auto& [status, number, name] : cases) {
+        EXPECT_EQ(static_cast<int>(status), number) << name;
+        EXPECT_EQ(caseName(status), name) << number;
+    }
+}
 
 class AppleScriptInstallerTest : public testing::Test {
   protected:
@@ -172,6 +193,16 @@ TEST_F(AppleScriptInstallerTest, TheWorldMayChangeWhileThePanelIsOpen) {
         ASSERT_EQ(errors.size(), 1U) << log_;
         EXPECT_TRUE(errors[0].starts_with(line)) << errors[0];
     }
+}
+
+TEST_F(AppleScriptInstallerTest, AFolderThatWentWhileThePanelIsOpenIsNotMadeAgain) {
+    std::filesystem::create_directories(directory_);
+    EXPECT_EQ(install(), Statuses{}) << "the panel is open";
+    std::filesystem::remove_all(directory_);
+    panel_.end(panel_.shown().back().directoryURL);
+    settle();
+    EXPECT_EQ(statuses_, Statuses{Status::copyFail});
+    EXPECT_FALSE(std::filesystem::exists(directory_));
 }
 
 TEST_F(AppleScriptInstallerTest, AnInstallerThatIsGoneSaysNothing) {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Classes/AppleScript/RequestCommand/CommonRequests.h"
@@ -29,6 +30,28 @@ using testkit::LogCapture;
 using testkit::ScratchFolder;
 
 constexpr const char* kTarget = "com.example.Target";
+
+TEST(ScriptSenderStatusTest, EveryCaseHasItsNumberAndItsName) {
+    const struct {
+        Status status;
+        int number;
+        std::string_view name;
+    } cases[] = {
+        {Status::success, 0, "success"},
+        {Status::fail, 1, "fail"},
+        {Status::notInstalledApp, 2, "notInstalledApp"},
+        {Status::notInstalledAppleScript, 3, "notInstalledAppleScript"},
+        {Status::initializationFailed, 4, "initializationFailed"},
+        {Status::encodeRequestFail, 5, "encodeRequestFail"},
+        {Status::appleScriptPermission, 6, "appleScriptPermission"},
+        {Status::decodeResponseFail, 7, "decodeResponseFail"},
+        {Status::notReachMinimumVersion, 8, "notReachMinimumVersion"},
+    };
+    for (const auto& [status, number, name] : cases) {
+        EXPECT_EQ(static_cast<int>(status), number) << name;
+        EXPECT_EQ(caseName(status), name) << number;
+    }
+}
 
 class ScriptSenderTest : public testing::Test {
   protected:
@@ -75,7 +98,9 @@ class ScriptSenderTest : public testing::Test {
 
 TEST_F(ScriptSenderTest, TheApplicationComesBeforeTheScript) {
     sender_ = ScriptSender("com.example.Unknown");
-    EXPECT_EQ(send(), Status::notInstalledApp);
+    const auto request = CommonInfoRequest::make();
+    EXPECT_EQ(send(request), Status::notInstalledApp);
+    EXPECT_TRUE(request->requestValue->requestId) << "it is prepared, whatever becomes of it";
     EXPECT_TRUE(log_.has(LogCapture::info, described("notInstalledApp", "(nil)", "(nil)"))) << log_;
     sender_ = ScriptSender(kTarget);
     EXPECT_EQ(send(), Status::notInstalledAppleScript);
@@ -90,6 +115,7 @@ TEST_F(ScriptSenderTest, AFolderInPlaceOfTheScriptCanNotBeRun) {
     EXPECT_TRUE(
         errors[0].starts_with("初始化 apple script 任务失败：Error Domain=NSCocoaErrorDomain Code=260 "))
         << log_;
+    EXPECT_TRUE(log_.has(LogCapture::info, described("initializationFailed", "(nil)", "(nil)"))) << log_;
 }
 
 TEST_F(ScriptSenderTest, ARequestThatIsNoTextIsNotSent) {
