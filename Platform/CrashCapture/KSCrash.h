@@ -2,7 +2,6 @@
 
 #include <expected>
 #include <memory>
-#include <string>
 
 #include "Platform/Base/Export.h"
 #include "Platform/Base/NSError.h"

@@ -31,10 +31,6 @@ class ZQ_EXPORT DDFileLogger final : public DDLogger {
     [[nodiscard]] static std::shared_ptr<DDFileLogger> make(std::shared_ptr<DDLogFileManagerDefault> manager);
     ~DDFileLogger() override;
 
-    [[nodiscard]] const std::shared_ptr<DDLogFileManagerDefault>& logFileManager() const noexcept {
-        return manager_;
-    }
-
     void logMessage(const DDLogMessage& message) override;
     void flush() override;
 

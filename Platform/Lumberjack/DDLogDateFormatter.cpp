@@ -2,6 +2,7 @@
 
 #include <time.h>
 
+#include <array>
 #include <charconv>
 #include <chrono>
 #include <cstring>

@@ -20,9 +20,8 @@ namespace {
 /// The bus and the two servers, made at the first measurement.
 struct Road {
     Road() {
-        (void)ours.readLine();
-        (void)bare.readLine();
-        sd_bus_open_user(&bus);
+        // Each server prints a line when it serves.
+        ready = ours.readLine() && bare.readLine() && sd_bus_open_user(&bus) >= 0;
     }
     static Road& shared() {
         static Road road;
@@ -33,6 +32,7 @@ struct Road {
     testkit::ChildProcess ours{{std::string(ZQ_BENCH_PROGRAMS) + "/RoadServer", "ours"}};
     testkit::ChildProcess bare{{std::string(ZQ_BENCH_PROGRAMS) + "/RoadServer", "bare"}};
     sd_bus* bus = nullptr;
+    bool ready = false;
 };
 
 [[nodiscard]] std::shared_ptr<RoadRequest> makeRequest(std::size_t size) {
@@ -43,7 +43,7 @@ struct Road {
 }
 
 void ours(benchmark::State& state, std::size_t size, int inFlight) {
-    Road::shared();
+    if (!Road::shared().ready) return state.SkipWithError("a server of the road didn't start");
     const testkit::LogCapture log(logging::kFlagError);
     const auto body = makeRequest(size)->requestValue->body;
     const BridgeSender sender(kOurServer);
@@ -64,38 +64,63 @@ void ours(benchmark::State& state, std::size_t size, int inFlight) {
     state.SetItemsProcessed(state.iterations() * inFlight);
 }
 
-int onAnswer(sd_bus_message* message, void* open, sd_bus_error*) {
+/// What the bare road waits for.
+struct Flight {
+    int open = 0;
+    bool failed = false;
+};
+
+int onAnswer(sd_bus_message* message, void* context, sd_bus_error*) {
+    auto& flight = *static_cast<Flight*>(context);
     const char* text = nullptr;
-    if (sd_bus_message_read(message, "s", &text) >= 0) benchmark::DoNotOptimize(std::string(text));
-    --*static_cast<int*>(open);
+    if (sd_bus_message_read(message, "s", &text) >= 0) {
+        benchmark::DoNotOptimize(std::string(text));
+    } else {
+        flight.failed = true;
+    }
+    --flight.open;
     return 1;
 }
 
+/// One call after the other; false if one failed.
+bool callBare(sd_bus* bus, const std::string& text) {
+    sd_bus_message* answer = nullptr;
+    const char* result = nullptr;
+    const bool answered = sd_bus_call_method(bus, kBareServer, kBarePath, kBareInterface, "request", nullptr,
+                                             &answer, "s", text.c_str()) >= 0 &&
+                          sd_bus_message_read(answer, "s", &result) >= 0;
+    if (answered) benchmark::DoNotOptimize(std::string(result));
+    sd_bus_message_unref(answer);
+    return answered;
+}
+
+/// Several calls at once; false as soon as one failed.
+bool flyBare(sd_bus* bus, const std::string& text, Flight& flight, int inFlight) {
+    for (flight.open = 0; flight.open < inFlight; ++flight.open) {
+        if (sd_bus_call_method_async(bus, nullptr, kBareServer, kBarePath, kBareInterface, "request",
+                                     &onAnswer, &flight, "s", text.c_str()) < 0)
+            return false;
+    }
+    while (flight.open > 0) {
+        const int done = sd_bus_process(bus, nullptr);
+        if (done < 0 || flight.failed) return false;
+        if (done == 0 && sd_bus_wait(bus, UINT64_MAX) < 0) return false;
+    }
+    return true;
+}
+
 void bare(benchmark::State& state, std::size_t size, int inFlight) {
+    if (!Road::shared().ready) return state.SkipWithError("a server of the road didn't start");
     sd_bus* bus = Road::shared().bus;
     const auto request = makeRequest(size);
     request->clientPrepareRequestValue();
     const std::string text = request->requestValue->encodeToJSONString().value_or("");
+    // A late answer may come after a failure.
+    static Flight flight;
     for (auto _ : state) {
-        if (inFlight == 1) {
-            sd_bus_message* answer = nullptr;
-            if (sd_bus_call_method(bus, kBareServer, kBarePath, kBareInterface, "request", nullptr, &answer,
-                                   "s", text.c_str()) < 0)
-                state.SkipWithError("the bare road is broken");
-            const char* result = nullptr;
-            sd_bus_message_read(answer, "s", &result);
-            benchmark::DoNotOptimize(std::string(result ? result : ""));
-            sd_bus_message_unref(answer);
-            continue;
-        }
-        int open = inFlight;
-        for (int i = 0; i < inFlight; ++i) {
-            sd_bus_call_method_async(bus, nullptr, kBareServer, kBarePath, kBareInterface, "request",
-                                     &onAnswer, &open, "s", text.c_str());
-        }
-        while (open > 0) {
-            if (sd_bus_process(bus, nullptr) == 0) sd_bus_wait(bus, UINT64_MAX);
-        }
+        if (inFlight == 1 ? callBare(bus, text) : flyBare(bus, text, flight, inFlight)) continue;
+        state.SkipWithError("the bare road is broken");
+        break;
     }
     state.SetItemsProcessed(state.iterations() * inFlight);
 }

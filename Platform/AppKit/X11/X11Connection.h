@@ -72,7 +72,6 @@ class X11Connection final {
     [[nodiscard]] bool hasWindowManager();
     /// Whether the window manager knows a hint.
     [[nodiscard]] bool supports(xcb_atom_t hint);
-    [[nodiscard]] bool hasCompositor() const noexcept { return hasCompositor_; }
     /// Whether a window's alpha channel shows.
     [[nodiscard]] bool blends() const noexcept { return hasCompositor_ && depth_ == 32; }
     /// Asks anew; true if it came or went.

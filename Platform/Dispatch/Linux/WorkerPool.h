@@ -110,7 +110,6 @@ class WorkerPool final {
     [[nodiscard]] bool runnable() const noexcept;
     Worker* callWorker(bool beyondConcurrency = false);
     void wake(Worker* worker);
-    void workReady();
     void work();
     void run(Item& item);
     bool rest(Worker& me, std::unique_lock<std::mutex>& lock);
