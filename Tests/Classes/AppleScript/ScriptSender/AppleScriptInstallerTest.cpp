@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
