@@ -72,9 +72,8 @@ class ShortageDeathTest : public testing::Test {
             (void)RunLoop::main();
             queue->async([&] { serial = true; });
             DispatchQueue::main()->after(DispatchTime::now(1ms), [&] { delayed = true; });
-            if (serial) _exit(2);
         }
-        // Nothing new is submitted.
+        // No other block is submitted.
         _exit(RunLoop::main().runUntil([&] { return serial && delayed; }, 20s) ? 0 : 1);
     }
 };
