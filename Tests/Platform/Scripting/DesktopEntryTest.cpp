@@ -7,7 +7,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -44,6 +47,14 @@ class DesktopEntryTest : public testing::Test {
     }
 
     testkit::PrivateBus bus;
+};
+
+/// Keeps the last failure, as `ask` tells it.
+struct LastFailure final : SBApplicationDelegate {
+    void eventDidFail(std::string_view, const NSError& error) override {
+        text = std::to_string(error.code()) + " " + error.localizedDescription();
+    }
+    std::string text;
 };
 
 TEST_F(DesktopEntryTest, StartsTheTarget) {
@@ -92,11 +103,13 @@ TEST_F(DesktopEntryTest, FailedStartsFailTheEventOnce) {
         bus.addDesktopEntry(kTarget, command);
         const auto app = SBApplication::make(kTarget);
         ASSERT_TRUE(app);
+        const auto failure = std::make_shared<LastFailure>();
+        app->setDelegate(failure);
         for (const std::size_t attempt : {1U, 2U}) {
             app->activate();
             EXPECT_TRUE(app->respondsToSelector("request:")) << "it can't be told; the call will";
-            const auto answer = ask("hello");
-            EXPECT_TRUE(answer.starts_with(reason)) << answer;
+            EXPECT_EQ(app->request("hello"), std::nullopt);
+            EXPECT_TRUE(failure->text.starts_with(reason)) << failure->text;
             EXPECT_EQ(starts(), command.starts_with("sh -c") ? attempt : 0) << "one start a request";
         }
     }
