@@ -116,7 +116,7 @@ TEST_F(ZQCrashTest, LeavesOutAReportThatItCannotReadAndKeepsIt) {
     ZQCrash::install();
     EXPECT_TRUE(log.has("导出崩溃日志：count=1; result=true; error=nil")) << log;
     EXPECT_EQ(exportedNames().size(), 1U);
-    EXPECT_EQ(readFile(unreadable), "kept");
+    EXPECT_EQ(contentOf(unreadable), "kept");
 }
 
 TEST_F(ZQCrashTest, GoesOnWithTheExportWhereCaptureCannotBeInstalled) {
