@@ -216,6 +216,7 @@ TEST_F(DDFileLoggerTest, WritesOnBehindArchivedFilesOfLaterDates) {
     say(*app.ddlog, "one");
     EXPECT_EQ(names(), Names{kFirst}) << "the file being written counts as the newest";
     app.manager->setMaximumNumberOfLogFiles(2);
+    DDLog::flushLog();  // that change's clean-up is over
     put("App 2027-01-01--00-00-00-000.log", 699);
     put("App 2027-01-02--00-00-00-000.log", 400);
     app.manager->setLogFilesDiskQuota(701);
