@@ -60,7 +60,11 @@ std::atomic<LogQueue*> used{nullptr};
 // Runs twice at exit: before the end of those statics that are older than the queue, and last of all, so that
 // what static destructors and other threads logged in between is written too.
 [[gnu::destructor]] void flushAtExit() {
-    if (LogQueue* queue = used.load()) queue->sync([] {});
+    LogQueue* const queue = used.load();
+    if (!queue) return;
+    queue->sync([] {});
+    // What the last lines set going behind themselves: a clean-up, a line that an output logged.
+    queue->sync([] {});
 }
 
 }  // namespace

@@ -7,6 +7,9 @@
 #include <new>
 #include <utility>
 
+// Of the leak checker, where one watches: by itself it doesn't look into mapped memory.
+extern "C" [[gnu::weak]] void __lsan_register_root_region(const void* start, std::size_t size);  // NOLINT
+
 namespace zqcore::platform {
 
 namespace {
@@ -57,6 +60,7 @@ LogRecords::Chunk* LogRecords::takeChunk() {
     if (!chunk) {
         void* bytes = ::mmap(nullptr, kMapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (bytes == MAP_FAILED) throw std::bad_alloc();
+        if (__lsan_register_root_region) __lsan_register_root_region(bytes, kMapped);
         chunk = new Chunk;
         chunk->bytes = static_cast<std::byte*>(bytes);
     }

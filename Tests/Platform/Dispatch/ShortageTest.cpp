@@ -12,17 +12,13 @@
 
 #include "Platform/Dispatch/DispatchQueue.h"
 #include "Platform/Dispatch/RunLoop.h"
+#include "TestKit/Sanitized.h"
 
 namespace zqcore::platform {
 namespace {
 
 using namespace std::chrono_literals;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
+using testkit::kSanitized;
 
 /// Leaves the process a little memory, but not as much as a thread's stack.
 class NoThreads {
@@ -84,6 +80,7 @@ TEST_F(ShortageDeathTest, WorkWaitsForThreadsAndGetsThem) {
 }
 
 TEST_F(ShortageDeathTest, LoopAndDeadlinesWaitForDescriptorsAndGetThem) {
+    if (kSanitized) GTEST_SKIP() << "its own checks need a descriptor there";
     EXPECT_EXIT(useQueuesInNeed<NoDescriptors>(), testing::ExitedWithCode(0), "");
 }
 
