@@ -19,10 +19,10 @@ struct NSDistributedNotification;
 namespace zqcore {
 
 /// Broadcasts a typed request to every process that listens. There is no answer and no report: the request's
-/// `responseValue` stays empty. Threads: `post` and `handle` work on the caller's; a post waits
-/// for the bus only while the connection is new or its socket full. Notifications arrive one at a time on the
-/// serial queue "com.tessara.distributed.queue", and the post handler runs there too. Lifetime: the one
-/// sender lives, and listens, from its first use to the end of the process. Failure: silent; a malformed
+/// `responseValue` stays empty. Threads: `post` and `handle` work on the caller's; a post waits for the bus
+/// only while the connection is new or its socket full. Notifications arrive one at a time on the serial
+/// queue "com.tessara.distributed.queue", and the post handler runs there too. Lifetime: the one sender
+/// lives, and listens, from its first use to the end of the process. Failure: silent; a malformed
 /// notification is dropped, and a handler that throws is told in the log.
 class ZQ_EXPORT DistributedSender final : public std::enable_shared_from_this<DistributedSender> {
   public:

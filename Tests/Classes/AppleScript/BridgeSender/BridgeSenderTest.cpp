@@ -14,6 +14,7 @@
 #include "TestKit/FakeScriptingBus.h"
 #include "TestKit/LogCapture.h"
 #include "TestKit/PrivateBus.h"
+#include "Tests/Classes/AppleScript/StatusCases.h"
 
 namespace zqcore {
 namespace {
@@ -72,24 +73,16 @@ std::string description(const std::string& status, const std::string& request, c
 }
 
 TEST(BridgeSenderStatusTest, EveryCaseHasItsNumberAndItsName) {
-    const struct {
-        Status status;
-        int number;
-        std::string_view name;
-    } cases[] = {
-        {Status::success, 0, "success"},
-        {Status::fail, 1, "fail"},
-        {Status::notInstalled, 2, "notInstalled"},
-        {Status::encodeRequestFail, 3, "encodeRequestFail"},
-        {Status::notSupportRequest, 4, "notSupportRequest"},
-        {Status::appleScriptPermission, 5, "appleScriptPermission"},
-        {Status::decodeResponseFail, 6, "decodeResponseFail"},
-        {Status::notReachMinimumVersion, 7, "notReachMinimumVersion"},
-    };
-    for (const auto& [status, number, name] : cases) {
-        EXPECT_EQ(static_cast<int>(status), number) << name;
-        EXPECT_EQ(caseName(status), name) << number;
-    }
+    expectCases<Status>({
+        {Status::success, "success"},
+        {Status::fail, "fail"},
+        {Status::notInstalled, "notInstalled"},
+        {Status::encodeRequestFail, "encodeRequestFail"},
+        {Status::notSupportRequest, "notSupportRequest"},
+        {Status::appleScriptPermission, "appleScriptPermission"},
+        {Status::decodeResponseFail, "decodeResponseFail"},
+        {Status::notReachMinimumVersion, "notReachMinimumVersion"},
+    });
 }
 
 class BridgeSenderTest : public testing::Test {

@@ -18,6 +18,7 @@
 #include "TestKit/LogCapture.h"
 #include "TestKit/ScratchFolder.h"
 #include "TestKit/ScriptedOpenPanel.h"
+#include "Tests/Classes/AppleScript/StatusCases.h"
 
 namespace zqcore {
 namespace {
@@ -28,23 +29,15 @@ using testkit::ScratchFolder;
 using testkit::ScriptedOpenPanel;
 
 TEST(AppleScriptInstallerStatusTest, EveryCaseHasItsNumberAndItsName) {
-    const struct {
-        Status status;
-        int number;
-        std::string_view name;
-    } cases[] = {
-        {Status::userCancel, 0, "userCancel"},
-        {Status::userChangeDirectory, 1, "userChangeDirectory"},
-        {Status::sourceFileNotExist, 2, "sourceFileNotExist"},
-        {Status::installPathNotFound, 3, "installPathNotFound"},
-        {Status::createScriptDirectoryFail, 4, "createScriptDirectoryFail"},
-        {Status::copyFail, 5, "copyFail"},
-        {Status::success, 6, "success"},
-    };
-    for (const auto& [status, number, name] : cases) {
-        EXPECT_EQ(static_cast<int>(status), number) << name;
-        EXPECT_EQ(caseName(status), name) << number;
-    }
+    expectCases<Status>({
+        {Status::userCancel, "userCancel"},
+        {Status::userChangeDirectory, "userChangeDirectory"},
+        {Status::sourceFileNotExist, "sourceFileNotExist"},
+        {Status::installPathNotFound, "installPathNotFound"},
+        {Status::createScriptDirectoryFail, "createScriptDirectoryFail"},
+        {Status::copyFail, "copyFail"},
+        {Status::success, "success"},
+    });
 }
 
 class AppleScriptInstallerTest : public testing::Test {

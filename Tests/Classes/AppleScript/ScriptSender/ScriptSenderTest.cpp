@@ -21,6 +21,7 @@
 #include "TestKit/PrivateBus.h"
 #include "TestKit/ScratchFolder.h"
 #include "TestKit/ScriptedOpenPanel.h"
+#include "Tests/Classes/AppleScript/StatusCases.h"
 
 namespace zqcore {
 namespace {
@@ -33,25 +34,17 @@ using testkit::ScratchFolder;
 constexpr const char* kTarget = "com.example.Target";
 
 TEST(ScriptSenderStatusTest, EveryCaseHasItsNumberAndItsName) {
-    const struct {
-        Status status;
-        int number;
-        std::string_view name;
-    } cases[] = {
-        {Status::success, 0, "success"},
-        {Status::fail, 1, "fail"},
-        {Status::notInstalledApp, 2, "notInstalledApp"},
-        {Status::notInstalledAppleScript, 3, "notInstalledAppleScript"},
-        {Status::initializationFailed, 4, "initializationFailed"},
-        {Status::encodeRequestFail, 5, "encodeRequestFail"},
-        {Status::appleScriptPermission, 6, "appleScriptPermission"},
-        {Status::decodeResponseFail, 7, "decodeResponseFail"},
-        {Status::notReachMinimumVersion, 8, "notReachMinimumVersion"},
-    };
-    for (const auto& [status, number, name] : cases) {
-        EXPECT_EQ(static_cast<int>(status), number) << name;
-        EXPECT_EQ(caseName(status), name) << number;
-    }
+    expectCases<Status>({
+        {Status::success, "success"},
+        {Status::fail, "fail"},
+        {Status::notInstalledApp, "notInstalledApp"},
+        {Status::notInstalledAppleScript, "notInstalledAppleScript"},
+        {Status::initializationFailed, "initializationFailed"},
+        {Status::encodeRequestFail, "encodeRequestFail"},
+        {Status::appleScriptPermission, "appleScriptPermission"},
+        {Status::decodeResponseFail, "decodeResponseFail"},
+        {Status::notReachMinimumVersion, "notReachMinimumVersion"},
+    });
 }
 
 class ScriptSenderTest : public testing::Test {
